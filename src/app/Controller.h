@@ -1,0 +1,167 @@
+#pragma once
+
+// The application object: owner of the main window and its controls, target of every button,
+// combo box and menu command. The class is declared here once; its member functions live in
+// the folder of the subsystem they belong to (app/, browse/, view/, export/, thumbs/, about/).
+
+#include <QImage>
+#include <QObject>
+#include <QPointer>
+#include <QRectF>
+#include <QString>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "app/TPref.h"
+#include "view/Rect.h"
+
+class QAction;
+class QCheckBox;
+class QComboBox;
+class QFileDialog;
+class QLineEdit;
+class QMainWindow;
+class QProgressBar;
+class QPushButton;
+class QScrollArea;
+class QSlider;
+class QTabWidget;
+class QTextBrowser;
+class QThread;
+class QTimer;
+class QWidget;
+
+class PrefDrawer;
+class wmfImageView;
+
+// Stop flags shared with the background jobs: the batch conversion and the thumbnail walk.
+extern std::atomic<bool> thread_exit;
+extern std::atomic<bool> image_thread_exit;
+
+class Controller : public QObject {
+    Q_OBJECT
+public:
+    explicit Controller(QObject* parent = nullptr);
+    ~Controller() override;
+
+    // ---------------------------------------------------------------- fields (declaration order)
+    TPref itsPref;
+    QImage itsCGImage;     // the current raster; null when no picture is shown
+    QString savedLoaction; // the source shown before the latest change of source
+    Rect itsImgBounds{0, 0, 0, 0};
+    QPointer<QWidget> itsAboutWindow;
+    QPointer<QMainWindow> itsMainWindow;
+    QPointer<wmfImageView> itsWmfView;
+    QPointer<QLineEdit> itsSrcFileName;
+    QPointer<QLineEdit> itsDstFileName;
+    QPointer<QCheckBox> itsBatch;
+    QPointer<QPushButton> itsPrev;
+    QPointer<QPushButton> itsNext;
+    QPointer<QPushButton> itsConvert;
+    QPointer<QPushButton> itsConvertAll;
+    QPointer<QComboBox> itsDpiCombo;
+    QPointer<QComboBox> itsFormatCombo;
+    QPointer<PrefDrawer> itsPrefDrawer;
+    QPointer<QSlider> itsRotateSlider;
+    QPointer<QLineEdit> itsRotateText;
+    QPointer<QLineEdit> itsSizeField;
+    int32_t m_rotate = 0;
+    bool m_Monochrome = false;
+    QPointer<QAction> itsMenuItemConvAll;
+    QPointer<QProgressBar> itsConvertIndicator;
+    QPointer<QTextBrowser> advTextView;
+    QPointer<QScrollArea> advScrollView;
+    QPointer<QTimer> scrollingTimer;
+    QPointer<QScrollArea> itsImageListView; // the thumbnail grid's place on the "Image List" tab
+    QPointer<QProgressBar> itsImageProgress;
+    QPointer<QTabWidget> _tabView;
+
+    // Controls the window builder creates beside the outlets above.
+    QPointer<QPushButton> itsOpenButton;
+    QPointer<QPushButton> itsDstButton;
+    QPointer<QAction> itsMenuItemOpen;
+    QPointer<QAction> itsMenuItemConvert;
+    QPointer<QAction> itsMenuItemMonochrome;
+    QPointer<QAction> itsMenuItemPref;
+
+    // ---------------------------------------------------------------- app/: start-up, shutdown
+    void loadMainWindow(); // builds the window and its controls, then awakeFromNib()
+    void awakeFromNib();
+    void applicationWillFinishLaunching();
+    bool application(QObject* app, const QString& openFile); // a file handed over by the system
+    void applicationDidFinishLaunching();
+    void applicationWillTerminate();
+    void closeController();
+    QMainWindow* window() const { return itsMainWindow; }
+    const QImage& getCGImage() const { return itsCGImage; }
+
+    // ---------------------------------------------------------------- app/: controls and menus
+    void smthChanged(QObject* sender);
+    void showPref(QObject* sender);
+    bool validateMenuItem(QAction* item);
+    void validateMenuItems(); // runs validateMenuItem over every menu item, before a menu shows
+
+    // ---------------------------------------------------------------- app/: preferences file
+    static QString prefFilePath();
+    bool readPrefFile();
+    void writePrefFile();
+
+    // ---------------------------------------------------------------- browse/: source selection
+    void openImage(QObject* sender);
+    void openImagePanelDidEnd(QFileDialog* panel, int returnCode, void* contextInfo);
+    void selectDst(QObject* sender);
+    void selectDstPanelDidEnd(QFileDialog* panel, int returnCode, void* contextInfo);
+    void setSourceFileName(const QString& path, bool listUpdate);
+    void setSourceLocationName(const QString& path, bool listUpdate);
+    void setSourceFolderName(const QString& folder);
+    void selectWMF(int32_t step);
+    bool findWMF(int32_t step, QString& file) const;
+    bool findFirstWMF(QString& file) const;
+    bool IsImageFile(const QString& path) const;
+
+    // ---------------------------------------------------------------- view/: loading, rotation
+    bool imageViewUpdate(const QString& path);
+    QRectF getImageBounds(const QString& path) const;
+    int32_t getRotation() const { return m_rotate; }
+    bool getPictRect(Rect* rect) const;
+    void slideRotate(QObject* sender);
+    void controlTextDidEndEditing(QObject* object);
+    void monohrome(QObject* sender);
+
+    // ---------------------------------------------------------------- export/: naming
+    long getRealExportIndex(const QString& value) const;
+    QString findDestination(const QString& source, int format, int index);
+    void checkDestination();
+
+    // ---------------------------------------------------------------- export/: writers, flow
+    QImage createCGImage(const QString& source, const QRectF& rect, const QRectF& r, int format);
+    int16_t convertAndSave(const QImage& picture, const QString& destPath, int format);
+    void createPDFFile(const QString& source, const QString& toFile, const QRectF& bounds);
+    void createPDFFile(const char* utf8Path);
+    void convert(QObject* sender);
+    void convertAll(QObject* sender);
+    static void convertAllThread(Controller* controller);
+    void convertAllThread();
+    void saveImage(const QString& source, long format);
+    bool isBatchRunning() const;
+    void waitForBatch(); // lets a running batch finish its file and stop (shutdown)
+
+    // ---------------------------------------------------------------- thumbs/, about/ hooks
+    void threadFillImageList();
+    void clearImageList();
+    void addImageView(const QString& path);
+    void runAbout(QObject* sender);
+    void registerMyHelpBook();
+    void loadTextToScroll();
+    void setScrollAmount(float amount);
+    void startScrollingAnimation();
+    void stopScrollingAnimation();
+
+    // Off by default; the test switch --no-splash and the test suites turn it on.
+    bool skipSplash = false;
+
+private:
+    QThread* batchThread = nullptr;
+};

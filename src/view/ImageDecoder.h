@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QImage>
+#include <QSizeF>
+#include <QString>
+#include <QStringList>
+
+// The decoder chain every image file goes through: Qt's image readers (with the image-formats
+// and SVG plugins), then Magick++ for what Qt cannot read, then poppler for PDF (first page).
+// Every decoder runs under the limits of DecodeLimits.h; a refused or unreadable file comes
+// back with ok == false and never crashes, hangs or allocates a giant buffer.
+
+struct DecodedImage {
+    bool ok = false;
+    QImage image;     // RGB32 or ARGB32 (alpha kept); grey sources may stay Grayscale8/16
+    QSizeF pointSize; // size in points: pixels, or pixels x 72 / dpi when the file records a dpi
+};
+
+namespace ImageDecoder {
+
+// Lower-case file-name extensions the chain can read (jpg, jpeg, png, psd, pdf, ...), each once.
+QStringList readableSuffixes();
+
+// Decodes the whole file, EXIF orientation applied.
+DecodedImage decode(const QString& path);
+
+// The size in points without decoding the pixels where the format allows; an empty size when
+// the file cannot be read.
+QSizeF measure(const QString& path);
+
+} // namespace ImageDecoder

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+#include <QPointer>
+#include <QRectF>
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+
+class Controller;
+class CropMarker;
+class QPainter;
+
+// The large view of the main window. It draws the controller's current picture fitted to the
+// whole view, centred and turned by the controller's angle; it takes the arrow keys for the
+// previous and next image, opens a file dropped on it, and tracks a rubber-band selection.
+class wmfImageView : public QWidget {
+    Q_OBJECT
+public:
+    explicit wmfImageView(QWidget* parent = nullptr);
+    ~wmfImageView() override;
+
+    Controller* mainController = nullptr;
+    std::unique_ptr<CropMarker> selectionMarker;
+    QString path; // the file shown; empty when none
+
+    void awakeFromNib(); // gives the view its selection marker
+    void setWmfPath(const QString& newPath);
+    const QString& wmfPath() const { return path; }
+    void clear();
+    void setSelectionMarker(std::unique_ptr<CropMarker> marker);
+    void takeSelectionColorFrom(const QColor& color);
+    void setImage(const QImage& image); // the view's own image, drawn only with no picture
+    void selectionChanged();
+    void postSelectionChangedNotification();
+    bool isContinuous() const { return continuous; }
+    void setContinuous(bool on) { continuous = on; }
+
+    static QRectF centerRect(const QRectF& r, const QRectF& onRect);
+
+    // Draws the picture fitted into `area` (as paintEvent does with the whole view).
+    void drawRect(QPainter& painter, const QRectF& area);
+    void rotate(QPainter& painter, int degrees);
+
+    // The view's drawing of `rect` as a one-page document of rect's size in points.
+    QByteArray dataWithPDFInsideRect(const QRectF& rect);
+    QByteArray dataWithEPSInsideRect(const QRectF& rect);
+
+    // Grey tones of the picture on screen, made once per picture and flag change.
+    void monochromeImage();
+    void killMonochromeImage();
+
+signals:
+    // "ImageSelectionChanged": the rubber-band selection changed; ask selectionMarker for it.
+    void ImageSelectionChanged(wmfImageView* view);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    QImage ownImage;
+    bool continuous = false;
+    struct DisplayCache; // the scaled (and greyed) copy drawn when the picture is much larger
+    std::unique_ptr<DisplayCache> cache;
+};

@@ -94,7 +94,7 @@ public:
     void applicationDidFinishLaunching();
     void applicationWillTerminate();
     void closeController();
-    QMainWindow* window() const { return itsMainWindow; }
+    QMainWindow* window() const;
     const QImage& getCGImage() const { return itsCGImage; }
 
     // ---------------------------------------------------------------- app/: controls and menus

@@ -1,0 +1,74 @@
+#include "app/Launch.h"
+
+#include "app/Controller.h"
+#include "app/SingleInstance.h"
+#include "view/MagickSupport.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QMainWindow>
+
+namespace {
+
+QStringList absolutePaths(const QStringList& arguments) {
+    QStringList paths;
+    for (const QString& argument : arguments)
+        paths << QFileInfo(argument).absoluteFilePath();
+    return paths;
+}
+
+} // namespace
+
+int runApplication(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QApplication::setApplicationName("Ormidon");
+    QApplication::setApplicationVersion(ORMIDON_VERSION);
+    QApplication::setDesktopFileName("ormidon");
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QApplication::tr("Image viewer and converter"));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption noSplash("no-splash",
+                                      QApplication::tr("Start without the about splash."));
+    const QCommandLineOption newInstance(
+        "new-instance", QApplication::tr("Start a new window even when Ormidon is running."));
+    parser.addOption(noSplash);
+    parser.addOption(newInstance);
+    parser.addPositionalArgument("files", QApplication::tr("Image files to open."), "[files...]");
+    parser.process(app);
+    const QStringList files = absolutePaths(parser.positionalArguments());
+
+    SingleInstance instance(SingleInstance::defaultServerName());
+    if (!parser.isSet(newInstance)) {
+        if (instance.handOver(files))
+            return 0;
+        instance.listen();
+    }
+
+    ensureMagickInitialised();
+
+    Controller controller;
+    controller.skipSplash = parser.isSet(noSplash);
+    controller.loadMainWindow();
+    controller.window()->show();
+    controller.applicationWillFinishLaunching();
+    for (const QString& file : files)
+        controller.application(&app, file);
+    controller.applicationDidFinishLaunching();
+
+    QObject::connect(&instance, &SingleInstance::filesReceived, &controller,
+                     [&controller, &app](const QStringList& paths) {
+                         for (const QString& path : paths)
+                             controller.application(&app, path);
+                         if (QMainWindow* window = controller.window()) {
+                             window->show();
+                             window->raise();
+                             window->activateWindow();
+                         }
+                     });
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, &controller,
+                     [&controller] { controller.applicationWillTerminate(); });
+    return app.exec();
+}

@@ -1,0 +1,217 @@
+// The main window's interface: every control with its name, tag and action, laid out once.
+// The controller's start-up (awakeFromNib) then gives the controls their initial state, and the
+// controls are wired to their actions only after that, so that the initial values set by the
+// start-up don't read as user actions.
+
+#include "app/Controller.h"
+#include "app/PrefDrawer.h"
+#include "view/wmfImageView.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSlider>
+#include <QTabWidget>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+namespace {
+
+template <class W> W* named(W* widget, const char* name, int tag = -1) {
+    widget->setObjectName(QLatin1String(name));
+    if (tag >= 0)
+        widget->setProperty("tag", tag);
+    return widget;
+}
+
+QLineEdit* readOnlyField(QWidget* parent, const char* name) {
+    auto* field = named(new QLineEdit(parent), name);
+    field->setReadOnly(true);
+    field->setFocusPolicy(Qt::ClickFocus);
+    return field;
+}
+
+} // namespace
+
+void Controller::loadMainWindow() {
+    auto* window = new QMainWindow;
+    window->setAttribute(Qt::WA_DeleteOnClose, false);
+    itsMainWindow = window;
+    auto* central = new QWidget(window);
+    window->setCentralWidget(central);
+    auto* columns = new QHBoxLayout(central);
+    columns->setContentsMargins(8, 8, 8, 8);
+
+    // The main column: the tab view with the picture and the image list, then the controls.
+    auto* mainColumn = new QVBoxLayout;
+    columns->addLayout(mainColumn, 1);
+
+    _tabView = named(new QTabWidget(central), "_tabView");
+    auto* view = named(new wmfImageView(_tabView), "itsWmfView");
+    view->mainController = this;
+    itsWmfView = view;
+    _tabView->addTab(view, tr("Image"));
+
+    auto* listPage = new QWidget(_tabView);
+    auto* listLayout = new QVBoxLayout(listPage);
+    listLayout->setContentsMargins(0, 0, 0, 0);
+    itsImageListView = named(new QScrollArea(listPage), "itsImageListView");
+    itsImageListView->setWidgetResizable(true);
+    itsImageProgress = named(new QProgressBar(listPage), "itsImageProgress");
+    itsImageProgress->setTextVisible(false);
+    itsImageProgress->setMaximumHeight(8);
+    itsImageProgress->setVisible(false);
+    listLayout->addWidget(itsImageListView, 1);
+    listLayout->addWidget(itsImageProgress);
+    _tabView->addTab(listPage, tr("Image List"));
+    mainColumn->addWidget(_tabView, 1);
+
+    auto* sourceRow = new QHBoxLayout;
+    sourceRow->addWidget(new QLabel(tr("Source:"), central));
+    itsSrcFileName = readOnlyField(central, "itsSrcFileName");
+    itsSrcFileName->setPlaceholderText(tr("No image"));
+    sourceRow->addWidget(itsSrcFileName, 1);
+    itsOpenButton = named(new QPushButton(tr("Open…"), central), "itsOpenButton");
+    sourceRow->addWidget(itsOpenButton);
+    mainColumn->addLayout(sourceRow);
+
+    auto* controlRow = new QHBoxLayout;
+    itsPrev = named(new QPushButton(tr("◀ Previous"), central), "itsPrev", 101);
+    itsNext = named(new QPushButton(tr("Next ▶"), central), "itsNext", 102);
+    controlRow->addWidget(itsPrev);
+    controlRow->addWidget(itsNext);
+    controlRow->addSpacing(12);
+    controlRow->addWidget(new QLabel(tr("Angle:"), central));
+    itsRotateSlider = named(new QSlider(Qt::Horizontal, central), "itsRotateSlider");
+    itsRotateSlider->setRange(-180, 180);
+    itsRotateSlider->setPageStep(15);
+    itsRotateSlider->setTickPosition(QSlider::TicksBelow);
+    itsRotateSlider->setTickInterval(45);
+    controlRow->addWidget(itsRotateSlider, 1);
+    itsRotateText = named(new QLineEdit(central), "itsRotateText", 103);
+    itsRotateText->setMaximumWidth(64);
+    itsRotateText->setAlignment(Qt::AlignRight);
+    controlRow->addWidget(itsRotateText);
+    controlRow->addSpacing(12);
+    itsSizeField = readOnlyField(central, "itsSizeField");
+    itsSizeField->setMaximumWidth(120);
+    itsSizeField->setAlignment(Qt::AlignCenter);
+    controlRow->addWidget(itsSizeField);
+    mainColumn->addLayout(controlRow);
+
+    auto* convertRow = new QHBoxLayout;
+    itsConvertIndicator = named(new QProgressBar(central), "itsConvertIndicator");
+    itsConvertIndicator->setFormat(tr("%v of %m"));
+    convertRow->addWidget(itsConvertIndicator, 1);
+    convertRow->addStretch();
+    itsConvert = named(new QPushButton(tr("Convert"), central), "itsConvert", 100);
+    itsConvertAll = named(new QPushButton(tr("Convert All"), central), "itsConvertAll");
+    itsConvert->setDefault(false);
+    convertRow->addWidget(itsConvert);
+    convertRow->addWidget(itsConvertAll);
+    mainColumn->addLayout(convertRow);
+
+    advScrollView = named(new QScrollArea(central), "advScrollView");
+    advScrollView->setWidgetResizable(true);
+    advScrollView->setFixedHeight(44);
+    advScrollView->setFrameShape(QFrame::NoFrame);
+    advScrollView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    advTextView = named(new QTextBrowser(advScrollView), "advTextView");
+    advTextView->setOpenExternalLinks(true);
+    advTextView->setFrameShape(QFrame::NoFrame);
+    advScrollView->setWidget(advTextView);
+    mainColumn->addWidget(advScrollView);
+
+    // The preferences drawer at the window's right edge.
+    auto* drawer = new PrefDrawer(central);
+    itsPrefDrawer = drawer;
+    auto* form = new QFormLayout(drawer);
+    itsDstFileName = named(new QLineEdit(drawer), "itsDstFileName");
+    itsDstButton = named(new QPushButton(tr("Choose…"), drawer), "itsDstButton");
+    auto* dstRow = new QHBoxLayout;
+    dstRow->addWidget(itsDstFileName, 1);
+    dstRow->addWidget(itsDstButton);
+    form->addRow(tr("Destination:"), dstRow);
+    itsDpiCombo = named(new QComboBox(drawer), "itsDpiCombo", 6);
+    itsDpiCombo->setEditable(true);
+    itsDpiCombo->setInsertPolicy(QComboBox::NoInsert);
+    itsDpiCombo->addItems({"72", "150", "300", "600"});
+    form->addRow(tr("Resolution (dpi):"), itsDpiCombo);
+    itsFormatCombo = named(new QComboBox(drawer), "itsFormatCombo", 7);
+    form->addRow(tr("Format:"), itsFormatCombo);
+    itsBatch = named(new QCheckBox(tr("Fill the image list from the whole folder"), drawer),
+                     "itsBatch", 8);
+    form->addRow(itsBatch);
+    drawer->setMinimumWidth(0);
+    columns->addWidget(drawer);
+
+    // Menus.
+    QMenu* fileMenu = window->menuBar()->addMenu(tr("&File"));
+    itsMenuItemOpen = fileMenu->addAction(tr("&Open…"));
+    itsMenuItemOpen->setShortcut(QKeySequence::Open);
+    QAction* chooseDst = fileMenu->addAction(tr("Choose &Destination…"));
+    fileMenu->addSeparator();
+    itsMenuItemConvert = fileMenu->addAction(tr("&Convert Image"));
+    itsMenuItemConvert->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
+    itsMenuItemConvAll = fileMenu->addAction(tr("Convert All"));
+    itsMenuItemConvAll->setObjectName("itsMenuItemConvAll");
+    fileMenu->addSeparator();
+    QAction* quit = fileMenu->addAction(tr("&Quit"));
+    quit->setShortcut(QKeySequence::Quit);
+    quit->setMenuRole(QAction::QuitRole);
+
+    QMenu* viewMenu = window->menuBar()->addMenu(tr("&View"));
+    itsMenuItemMonochrome = viewMenu->addAction(tr("&Grey Tones"));
+    itsMenuItemMonochrome->setCheckable(true);
+    itsMenuItemMonochrome->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_G));
+    itsMenuItemPref = viewMenu->addAction(tr("&Preferences Drawer"));
+    itsMenuItemPref->setCheckable(true);
+    itsMenuItemPref->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+
+    QMenu* helpMenu = window->menuBar()->addMenu(tr("&Help"));
+    QAction* about = helpMenu->addAction(tr("&About Ormidon"));
+    about->setMenuRole(QAction::AboutRole);
+
+    // Check marks follow the controller's state each time a menu opens.
+    for (QMenu* menu : {fileMenu, viewMenu, helpMenu})
+        connect(menu, &QMenu::aboutToShow, this, &Controller::validateMenuItems);
+
+    awakeFromNib();
+
+    // Actions, wired once the start-up has set the initial values.
+    auto dispatch = [this](QObject* control) { return [this, control] { smthChanged(control); }; };
+    connect(itsDpiCombo, &QComboBox::currentTextChanged, this, dispatch(itsDpiCombo));
+    connect(itsFormatCombo, &QComboBox::currentIndexChanged, this, dispatch(itsFormatCombo));
+    connect(itsBatch, &QCheckBox::clicked, this, dispatch(itsBatch));
+    connect(itsConvert, &QPushButton::clicked, this, dispatch(itsConvert));
+    connect(itsPrev, &QPushButton::clicked, this, dispatch(itsPrev));
+    connect(itsNext, &QPushButton::clicked, this, dispatch(itsNext));
+    connect(itsConvertAll, &QPushButton::clicked, this, [this] { convertAll(itsConvertAll); });
+    connect(itsRotateSlider, &QSlider::valueChanged, this, [this] { slideRotate(itsRotateSlider); });
+    connect(itsRotateText, &QLineEdit::editingFinished, this,
+            [this] { controlTextDidEndEditing(itsRotateText); });
+    connect(itsOpenButton, &QPushButton::clicked, this, [this] { openImage(itsOpenButton); });
+    connect(itsDstButton, &QPushButton::clicked, this, [this] { selectDst(itsDstButton); });
+
+    connect(itsMenuItemOpen, &QAction::triggered, this, [this] { openImage(itsMenuItemOpen); });
+    connect(chooseDst, &QAction::triggered, this, [this, chooseDst] { selectDst(chooseDst); });
+    connect(itsMenuItemConvert, &QAction::triggered, this,
+            [this] { convert(itsMenuItemConvert); });
+    connect(itsMenuItemConvAll, &QAction::triggered, this,
+            [this] { convertAll(itsMenuItemConvAll); });
+    connect(quit, &QAction::triggered, window, &QWidget::close);
+    connect(itsMenuItemMonochrome, &QAction::triggered, this,
+            [this] { monohrome(itsMenuItemMonochrome); });
+    connect(itsMenuItemPref, &QAction::triggered, this, [this] { showPref(itsMenuItemPref); });
+    connect(about, &QAction::triggered, this, [this, about] { runAbout(about); });
+}

@@ -1,0 +1,69 @@
+#include "app/SingleInstance.h"
+
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QRegularExpression>
+
+#include <unistd.h>
+
+SingleInstance::SingleInstance(const QString& serverName, QObject* parent)
+    : QObject(parent), name(serverName) {}
+
+SingleInstance::~SingleInstance() = default;
+
+QString SingleInstance::defaultServerName() {
+    QString display = qEnvironmentVariable("WAYLAND_DISPLAY");
+    if (display.isEmpty())
+        display = qEnvironmentVariable("DISPLAY");
+    display.replace(QRegularExpression("[^A-Za-z0-9_.-]"), "_");
+    return QString("ormidon-%1-%2").arg(getuid()).arg(display);
+}
+
+bool SingleInstance::handOver(const QStringList& paths, int timeoutMs) const {
+    QLocalSocket socket;
+    socket.connectToServer(name);
+    if (!socket.waitForConnected(timeoutMs))
+        return false;
+    // One path a line, then an empty line that says the list is complete.
+    QByteArray message;
+    for (const QString& path : paths)
+        message += path.toUtf8() + '\n';
+    message += '\n';
+    socket.write(message);
+    if (!socket.waitForBytesWritten(timeoutMs))
+        return false;
+    // The running instance closes the connection once it has the list.
+    socket.waitForDisconnected(timeoutMs);
+    return true;
+}
+
+bool SingleInstance::listen() {
+    server = new QLocalServer(this);
+    server->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!server->listen(name)) {
+        // A socket left behind by an instance that crashed: nobody answers on it.
+        QLocalSocket probe;
+        probe.connectToServer(name);
+        if (probe.waitForConnected(500))
+            return false;
+        QLocalServer::removeServer(name);
+        if (!server->listen(name))
+            return false;
+    }
+    connect(server, &QLocalServer::newConnection, this, [this] {
+        while (QLocalSocket* socket = server->nextPendingConnection()) {
+            connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+            connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+                if (!socket->peek(1 << 20).contains("\n\n") && !socket->peek(2).startsWith('\n'))
+                    return;
+                QStringList paths;
+                for (const QByteArray& line : socket->readAll().split('\n'))
+                    if (!line.isEmpty())
+                        paths << QString::fromUtf8(line);
+                socket->disconnectFromServer();
+                emit filesReceived(paths);
+            });
+        }
+    });
+    return true;
+}

@@ -51,9 +51,8 @@ void showResolution(QComboBox* combo, float dpi) {
     for (int i = 0; i < 4; ++i)
         if (dpi == items[i])
             index = i;
-    if (index >= 0)
-        combo->setCurrentIndex(index);
-    else
+    combo->setCurrentIndex(index);
+    if (index < 0)
         combo->setEditText(QString::asprintf("%.2f", dpi));
 }
 

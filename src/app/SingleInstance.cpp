@@ -38,18 +38,17 @@ bool SingleInstance::handOver(const QStringList& paths, int timeoutMs) const {
 }
 
 bool SingleInstance::listen() {
+    // Someone already answers on the name: that instance keeps it. Otherwise a socket file
+    // left behind by an instance that crashed is cleared first.
+    QLocalSocket probe;
+    probe.connectToServer(name);
+    if (probe.waitForConnected(500))
+        return false;
+    QLocalServer::removeServer(name);
     server = new QLocalServer(this);
     server->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!server->listen(name)) {
-        // A socket left behind by an instance that crashed: nobody answers on it.
-        QLocalSocket probe;
-        probe.connectToServer(name);
-        if (probe.waitForConnected(500))
-            return false;
-        QLocalServer::removeServer(name);
-        if (!server->listen(name))
-            return false;
-    }
+    if (!server->listen(name))
+        return false;
     connect(server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket* socket = server->nextPendingConnection()) {
             connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);

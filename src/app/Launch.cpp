@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QIcon>
 #include <QMainWindow>
 
 namespace {
@@ -25,6 +26,7 @@ int runApplication(int argc, char** argv) {
     QApplication::setApplicationName("Ormidon");
     QApplication::setApplicationVersion(ORMIDON_VERSION);
     QApplication::setDesktopFileName("ormidon");
+    QApplication::setWindowIcon(QIcon(":/ormidon.svg"));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QApplication::tr("Image viewer and converter"));

@@ -3,6 +3,7 @@
 
 #include "app/Controller.h"
 #include "app/PropertyList.h"
+#include "app/TextNumbers.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -12,9 +13,6 @@
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QStringDecoder>
-
-#include <cmath>
-#include <limits>
 
 namespace {
 
@@ -27,75 +25,6 @@ const QString keyAngle = QStringLiteral("angle");
 const QString keySource = QStringLiteral("srcLocation");
 const QString keyDestination = QStringLiteral("dstLocation");
 const QString keyFillList = QStringLiteral("fillList");
-
-qsizetype skipLeadingBlanks(QStringView text) {
-    qsizetype i = 0;
-    while (i < text.size() && (text[i] == u' ' || text[i] == u'\t' || text[i] == u'\n' ||
-                               text[i] == u'\r' || text[i] == u'\v' || text[i] == u'\f'))
-        ++i;
-    return i;
-}
-
-qsizetype skipDigits(QStringView text, qsizetype i) {
-    while (i < text.size() && text[i] >= u'0' && text[i] <= u'9')
-        ++i;
-    return i;
-}
-
-// The number at the start of a text, the way settings are read back: leading blanks are
-// skipped, the longest decimal number there is taken and the rest is ignored; no number at
-// all gives 0. Parsed by hand so that the user's locale never changes what "96.00" means.
-float leadingFloat(QStringView text) {
-    const qsizetype start = skipLeadingBlanks(text);
-    qsizetype i = start;
-    if (i < text.size() && (text[i] == u'+' || text[i] == u'-'))
-        ++i;
-    const qsizetype intStart = i;
-    i = skipDigits(text, i);
-    bool anyDigit = i > intStart;
-    if (i < text.size() && text[i] == u'.') {
-        const qsizetype fracStart = i + 1;
-        const qsizetype fracEnd = skipDigits(text, fracStart);
-        if (fracEnd > fracStart || anyDigit) {
-            anyDigit = anyDigit || fracEnd > fracStart;
-            i = fracEnd;
-        }
-    }
-    if (!anyDigit)
-        return 0.0f;
-    if (i < text.size() && (text[i] == u'e' || text[i] == u'E')) {
-        qsizetype e = i + 1;
-        if (e < text.size() && (text[e] == u'+' || text[e] == u'-'))
-            ++e;
-        const qsizetype expEnd = skipDigits(text, e);
-        if (expEnd > e)
-            i = expEnd;
-    }
-    bool ok = false;
-    const double value = text.sliced(start, i - start).toDouble(&ok);
-    // Out of the range of a float the value means nothing useful: treat it as no number.
-    if (!ok || !std::isfinite(value) || std::fabs(value) > std::numeric_limits<float>::max())
-        return 0.0f;
-    return float(value);
-}
-
-// The whole number at the start of a text: leading blanks, an optional sign, digits; the rest
-// is ignored, no digits give 0, and a number too large for 32 bits stops at the nearest limit.
-int32_t leadingInt(QStringView text) {
-    qsizetype i = skipLeadingBlanks(text);
-    bool negative = false;
-    if (i < text.size() && (text[i] == u'+' || text[i] == u'-')) {
-        negative = text[i] == u'-';
-        ++i;
-    }
-    constexpr int64_t limit = int64_t(std::numeric_limits<int32_t>::max()) + 1;
-    int64_t magnitude = 0;
-    for (; i < text.size() && text[i] >= u'0' && text[i] <= u'9'; ++i)
-        magnitude = std::min(limit, magnitude * 10 + (text[i].unicode() - u'0'));
-    if (negative)
-        return int32_t(-magnitude);
-    return int32_t(std::min(magnitude, limit - 1));
-}
 
 // The file's bytes as text. The file is written as ASCII; a hand-edited one in UTF-8 is read
 // as such, and any other bytes are taken one character each, so nothing fails to decode.
@@ -146,11 +75,11 @@ bool Controller::readPrefFile() {
 
     if (prefs) {
         if (auto it = prefs->constFind(keyDpi); it != prefs->cend())
-            itsPref.dpi = leadingFloat(*it);
+            itsPref.dpi = leadingFloatValue(*it);
         if (auto it = prefs->constFind(keyFormat); it != prefs->cend())
             itsPref.exportFormat = *it;
         if (auto it = prefs->constFind(keyAngle); it != prefs->cend())
-            m_rotate = leadingInt(*it);
+            m_rotate = leadingIntValue(*it);
         if (auto it = prefs->constFind(keySource); it != prefs->cend())
             savedLoaction = *it;
         if (auto it = prefs->constFind(keyDestination); it != prefs->cend() && itsDstFileName)
@@ -158,7 +87,7 @@ bool Controller::readPrefFile() {
         if (auto it = prefs->constFind(keyFillList); it != prefs->cend() && itsBatch) {
             // Set as the program's own value, not a click: the box's action is not sent.
             const QSignalBlocker blocker(itsBatch.data());
-            itsBatch->setChecked(leadingInt(*it) != 0);
+            itsBatch->setChecked(leadingIntValue(*it) != 0);
         }
     }
 

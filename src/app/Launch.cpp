@@ -22,6 +22,7 @@ QStringList absolutePaths(const QStringList& arguments) {
 } // namespace
 
 int runApplication(int argc, char** argv) {
+    Q_INIT_RESOURCE(resources); // the resources live in the static core library
     QApplication app(argc, argv);
     QApplication::setApplicationName("Ormidon");
     QApplication::setApplicationVersion(ORMIDON_VERSION);

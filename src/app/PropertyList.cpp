@@ -363,7 +363,8 @@ bool PropertyList::isUnquotedSafe(QStringView string) {
 }
 
 QString PropertyList::quoted(QStringView string) {
-    if (isUnquotedSafe(string))
+    // "//" reads back fine bare, but a less careful reader could take it for a comment.
+    if (isUnquotedSafe(string) && !string.contains(u"//"))
         return string.toString();
     static constexpr char hex[] = "0123456789ABCDEF";
     QString text;

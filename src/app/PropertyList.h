@@ -31,7 +31,7 @@ public:
     static QString writeDictionary(const Dictionary& dictionary);
 
     // A string in the form the reader reads back as the same string: bare when it is made only
-    // of characters that need no quotes, quoted and escaped otherwise.
+    // of characters that need no quotes (and holds no "//"), quoted and escaped otherwise.
     static QString quoted(QStringView string);
 
     // True for a non-empty string made only of letters, digits and _ $ + / : . -

@@ -16,3 +16,7 @@ bool goToFile(int32_t step, QString& path);
 // The names of the folder's entries that are not folders, in the order every caller walks them:
 // natural, locale-aware name order (img2 before img10). Empty for an unreadable folder.
 QStringList folderFileList(const QString& folder);
+
+// Whether a listing of the folder is kept for reuse right now. A listing is kept once the
+// folder has not changed for a moment; tests and the benchmark look at this.
+bool folderListingIsKept(const QString& folder);

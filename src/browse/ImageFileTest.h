@@ -10,4 +10,6 @@ const QStringList& imageFileTypes();
 // True when the path's extension (text after the last "." of the last component) equals one of
 // `types` exactly. No look at the file itself: a folder named x.png counts.
 bool IsImageFile(const QString& path, const QStringList& types);
-inline bool IsImageFile(const QString& path) { return IsImageFile(path, imageFileTypes()); }
+inline bool IsImageFile(const QString& path) {
+    return IsImageFile(path, imageFileTypes());
+}

@@ -68,8 +68,17 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    friend class RedrawBenchmark; // switches the scaled copy off to measure what it saves
+
+    // The picture as it goes on screen: greyed while the controller's grey flag is on, and
+    // replaced by the scaled copy when it is much larger than the view.
+    QImage displaySource(const QImage& picture);
+    const QImage& greyVersion(const QImage& picture);
+    void drawOwnImage(QPainter& painter, const QRectF& area);
+
     QImage ownImage;
     bool continuous = false;
+    bool displayCacheEnabled = true;
     struct DisplayCache; // the scaled (and greyed) copy drawn when the picture is much larger
     std::unique_ptr<DisplayCache> cache;
 };

@@ -6,8 +6,7 @@ namespace {
 
 bool isUnquotedChar(char16_t c) {
     return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
-           c == u'_' || c == u'$' || c == u'+' || c == u'/' || c == u':' || c == u'.' ||
-           c == u'-';
+           c == u'_' || c == u'$' || c == u'+' || c == u'/' || c == u':' || c == u'.' || c == u'-';
 }
 
 bool isBlank(char16_t c) {

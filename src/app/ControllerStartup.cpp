@@ -132,8 +132,10 @@ void Controller::applicationDidFinishLaunching() {
     registerMyHelpBook();
     // A file handed over at launch stays the one shown; otherwise the image that was current
     // when the program last quit comes back.
+    // A copy: setSourceFileName rewrites savedLoaction while it works.
     const QString launched = itsSrcFileName ? itsSrcFileName->text() : QString();
-    setSourceFileName(launched.isEmpty() ? savedLoaction : launched, true);
+    const QString reopened = launched.isEmpty() ? savedLoaction : launched;
+    setSourceFileName(reopened, true);
 }
 
 void Controller::applicationWillTerminate() {

@@ -17,7 +17,9 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSlider>
+#include <QScrollArea>
 #include <QTabWidget>
+#include <QTextBrowser>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -36,6 +38,8 @@ class tst_Controller : public QObject {
     QString writePng(const QString& folder, const QString& name, QSize size = {64, 48}) {
         QImage image(size, QImage::Format_RGB32);
         image.fill(Qt::darkCyan);
+        image.setDotsPerMeterX(2835); // 72 dpi, so that points equal pixels
+        image.setDotsPerMeterY(2835);
         const QString path = folder + "/" + name;
         if (!image.save(path, "PNG"))
             return QString();
@@ -279,7 +283,7 @@ private slots:
         c.itsDpiCombo->lineEdit()->selectAll();
         QTest::keyClicks(c.itsDpiCombo->lineEdit(), "150");
         QCOMPARE(c.itsPref.dpi, 150.0f);
-        QTest::mouseClick(c.itsBatch, Qt::LeftButton);
+        QTest::mouseClick(c.itsBatch, Qt::LeftButton, {}, QPoint(8, c.itsBatch->height() / 2));
         QCOMPARE(c.itsPref.isBatch, 1);
     }
 
@@ -333,6 +337,7 @@ private slots:
         Controller c;
         c.skipSplash = true;
         c.loadMainWindow();
+        QCOMPARE(c.savedLoaction, path);
         c.applicationDidFinishLaunching();
         QCOMPARE(c.itsPref.dpi, 300.0f);
         QCOMPARE(c.itsDpiCombo->currentText(), QString("300"));

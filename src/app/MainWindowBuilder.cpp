@@ -126,9 +126,12 @@ void Controller::loadMainWindow() {
     advScrollView->setFixedHeight(44);
     advScrollView->setFrameShape(QFrame::NoFrame);
     advScrollView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    advScrollView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     advTextView = named(new QTextBrowser(advScrollView), "advTextView");
     advTextView->setOpenExternalLinks(true);
     advTextView->setFrameShape(QFrame::NoFrame);
+    advTextView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    advTextView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     advScrollView->setWidget(advTextView);
     mainColumn->addWidget(advScrollView);
 

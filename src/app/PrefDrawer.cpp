@@ -20,7 +20,8 @@ PrefDrawer::PrefDrawer(QWidget* parent) : QWidget(parent) {
 
 void PrefDrawer::setSlideDuration(int milliseconds) { slide->setDuration(milliseconds); }
 
-int PrefDrawer::openWidth() const { return qMax(sizeHint().width(), minimumSizeHint().width()); }
+// Wide enough for its labels, never so wide that it crowds the picture.
+int PrefDrawer::openWidth() const { return qBound(minimumSizeHint().width(), 280, 320); }
 
 void PrefDrawer::open() {
     if (drawerState == Open || drawerState == Opening)

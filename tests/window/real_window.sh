@@ -2,25 +2,17 @@
 # Drives Ormidon in a real X server: opens a picture from the command line, steps to the next
 # one with the arrow key, converts it with the menu shortcut, hands a file over from a second
 # launch, quits, and checks the files and the preferences the run left behind. A screenshot of
-# the window is kept as real_window.png beside the test binary for a person to look at.
+# the window is kept as real_window.png in the given folder for a person to look at.
 set -euo pipefail
 app=${1:?path to the ormidon binary}
 shots=${2:-$PWD}
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$work/pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
-pictures=$work/pictures
-convert -size 640x480 gradient:red-blue "$pictures/a.png"
-convert -size 480x640 gradient:yellow-green "$pictures/b.png"
-convert -size 300x200 xc:orange "$pictures/c.png"
-echo "not a picture" > "$pictures/b2.txt"
+inside=${3:-}
 
 fail() { echo "FAIL: $*"; exit 1; }
-wait_title() { # waits for a window whose title is exactly $1
+
+wait_title() { # prints the id of a window whose title is exactly $1, once there is one
   for _ in $(seq 100); do
-    id=$(xdotool search --name "^$1\$" 2>/dev/null | head -n1 || true)
+    id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n1 || true)
     [ -n "$id" ] && { echo "$id"; return 0; }
     sleep 0.1
   done
@@ -34,31 +26,47 @@ run_in_x() {
   xdotool windowsize "$win" 900 700
   sleep 0.5
   # Click into the picture so that the view has the keyboard, then step with the arrow key.
-  eval "$(xdotool getwindowgeometry --shell "$win")"
   xdotool mousemove --window "$win" 300 250 click 1
-  xdotool key --window "$win" Right
+  xdotool key Right
   wait_title "Ormidon: b.png" >/dev/null || fail "the right arrow did not step to b.png"
   sleep 0.5
   import -window root "$shots/real_window.png"
   # Convert the current picture with the menu shortcut into the default destination.
-  xdotool key --window "$win" ctrl+e
+  xdotool key ctrl+e
   for _ in $(seq 100); do [ -s "$HOME/Desktop/b.TIFF" ] && break; sleep 0.1; done
   [ -s "$HOME/Desktop/b.TIFF" ] || fail "ctrl+e wrote no $HOME/Desktop/b.TIFF"
   # A second launch hands its file to the running window and ends at once.
   timeout 10 "$app" --no-splash "$pictures/c.png" || fail "the second launch did not end"
-  [ "$(xdotool search --name '^Ormidon: ' | wc -l)" = 1 ] || fail "a second window opened"
+  [ "$(xdotool search --onlyvisible --name "^Ormidon: " | wc -l)" = 1 ] || fail "a second window opened"
   sleep 0.5
-  xdotool key --window "$win" ctrl+q
+  xdotool key ctrl+q
   for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
   kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit"
   wait "$pid" || fail "the program ended with status $?"
 }
-export -f run_in_x wait_title fail
-export app shots work pictures
-xvfb-run -a -s "-screen 0 1280x1024x24" bash -c run_in_x
+
+if [ "$inside" = inside ]; then
+  run_in_x
+  exit 0
+fi
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export work pictures=$work/pictures
+export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
+mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
+unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+convert -size 640x480 gradient:red-blue "$pictures/a.png"
+convert -size 480x640 gradient:yellow-green "$pictures/b.png"
+convert -size 300x200 xc:orange "$pictures/c.png"
+echo "not a picture" > "$pictures/b2.txt"
+
+xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$app" "$shots" inside || {
+  echo "--- program output"; cat "$work/app.log"; exit 1; }
 
 pref=$HOME/Library/Preferences/zel.pref
 [ -f "$pref" ] || fail "no preferences file at $pref"
 grep -q "c.png" "$pref" || fail "the handed-over file is not the saved source: $(cat "$pref")"
-identify -format '%w %h\n' "$HOME/Desktop/b.TIFF" | grep -q '^480 640$' || fail "b.TIFF is not 480 x 640"
+identify -format '%w %h\n' "$HOME/Desktop/b.TIFF" | grep -q '^480 640$' \
+  || fail "b.TIFF is not 480 x 640"
 echo "1 passed, 0 failed"

@@ -73,7 +73,7 @@ private:
     // The picture as it goes on screen: greyed while the controller's grey flag is on, and
     // replaced by the scaled copy when it is much larger than the view.
     QImage displaySource(const QImage& picture);
-    const QImage& greyVersion(const QImage& picture);
+    const QImage& greyVersion(const QImage& shown);
     void drawOwnImage(QPainter& painter, const QRectF& area);
 
     QImage ownImage;

@@ -1,0 +1,363 @@
+#include "view/wmfImageView.h"
+
+#include "app/Controller.h"
+#include "app/GuiThread.h"
+#include "export/DocumentExport.h"
+#include "view/CropMarker.h"
+#include "view/GreyTone.h"
+#include "view/RotationGeometry.h"
+
+#include <QBuffer>
+#include <QDragEnterEvent>
+#include <QDragMoveEvent>
+#include <QDropEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QUrl>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int32_t kPreviousImage = 101;
+constexpr int32_t kNextImage = 102;
+
+// A picture is drawn from a scaled copy when it would be shown at less than half its size at
+// every angle: drawing 24 megapixels through a turned transform on every frame of a slider
+// drag is far too slow, while the copy is drawn in a few milliseconds.
+constexpr double kScaledCopyBelow = 0.5;
+
+// The largest scale at which the picture can be shown in the view: the turned bounding box is
+// smallest at the quarter turns, so the scale at 0 or 90 degrees bounds every other angle.
+double largestDisplayScale(const QSize& picture, const QSizeF& view) {
+    if (picture.width() <= 0 || picture.height() <= 0)
+        return 0.0;
+    const double w = picture.width(), h = picture.height();
+    const double upright = std::min(view.width() / w, view.height() / h);
+    const double turned = std::min(view.width() / h, view.height() / w);
+    return std::max(upright, turned);
+}
+
+// The picture's size from the controller's rectangle. A side above 32767 wraps in the 16-bit
+// rectangle; the picture itself then gives the true size.
+QSizeF pictureSizeOf(const Rect& r, const QImage& picture) {
+    int w = int(r.right) - int(r.left);
+    int h = int(r.bottom) - int(r.top);
+    if (w != picture.width() && int16_t(picture.width()) == r.right && r.left == 0)
+        w = picture.width();
+    if (h != picture.height() && int16_t(picture.height()) == r.bottom && r.top == 0)
+        h = picture.height();
+    return QSizeF(float(w), float(h));
+}
+
+} // namespace
+
+struct wmfImageView::DisplayCache {
+    qint64 scaledOf = 0; // cacheKey of the picture that `scaled` was made from
+    QSize scaledFor;     // the view's size in device pixels when it was made
+    QImage scaled;
+    qint64 greyOf = 0; // cacheKey of the image on screen that `grey` was made from
+    QImage grey;
+};
+
+wmfImageView::wmfImageView(QWidget* parent)
+    : QWidget(parent), cache(std::make_unique<DisplayCache>()) {
+    setAcceptDrops(true);
+    setFocusPolicy(Qt::StrongFocus); // the view takes keyboard focus for the arrow keys
+    awakeFromNib();
+}
+
+wmfImageView::~wmfImageView() {
+    clear();
+}
+
+void wmfImageView::awakeFromNib() {
+    setSelectionMarker(CropMarker::cropMarkerForView(this));
+}
+
+void wmfImageView::setWmfPath(const QString& newPath) {
+    clear();
+    if (!newPath.isNull())
+        path = newPath;
+}
+
+void wmfImageView::clear() {
+    path = QString();
+}
+
+void wmfImageView::setSelectionMarker(std::unique_ptr<CropMarker> marker) {
+    selectionMarker = std::move(marker);
+}
+
+void wmfImageView::takeSelectionColorFrom(const QColor& color) {
+    if (selectionMarker)
+        selectionMarker->setColor(color);
+    update();
+}
+
+void wmfImageView::setImage(const QImage& image) {
+    ownImage = image;
+    update();
+}
+
+void wmfImageView::selectionChanged() {
+    update();
+}
+
+void wmfImageView::postSelectionChangedNotification() {
+    emit ImageSelectionChanged(this);
+}
+
+QRectF wmfImageView::centerRect(const QRectF& r, const QRectF& onRect) {
+    return ::centerRect(r, onRect);
+}
+
+// ---------------------------------------------------------------------------------- drawing
+
+const QImage& wmfImageView::greyVersion(const QImage& shown) {
+    if (cache->greyOf != shown.cacheKey() || cache->grey.isNull()) {
+        cache->grey = greyToneDisplayImage(shown);
+        cache->greyOf = shown.cacheKey();
+    }
+    return cache->grey;
+}
+
+QImage wmfImageView::displaySource(const QImage& picture) {
+    QImage shown = picture;
+    const qreal ratio = devicePixelRatioF();
+    const double scale = largestDisplayScale(picture.size(), QSizeF(size())) * ratio;
+    if (displayCacheEnabled && scale > 0.0 && scale < kScaledCopyBelow) {
+        const QSize viewPixels = (QSizeF(size()) * ratio).toSize();
+        if (cache->scaledOf != picture.cacheKey() || cache->scaledFor != viewPixels ||
+            cache->scaled.isNull()) {
+            const QSize target(std::max(1, int(std::ceil(picture.width() * scale))),
+                               std::max(1, int(std::ceil(picture.height() * scale))));
+            QImage scaled = picture.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+            if (scaled.hasAlphaChannel() && scaled.format() != QImage::Format_ARGB32_Premultiplied)
+                scaled.convertTo(QImage::Format_ARGB32_Premultiplied); // the fastest to draw
+            cache->scaled = scaled;
+            cache->scaledOf = picture.cacheKey();
+            cache->scaledFor = viewPixels;
+        }
+        shown = cache->scaled;
+    } else if (!cache->scaled.isNull()) {
+        cache->scaled = QImage();
+        cache->scaledOf = 0;
+    }
+    const bool grey = mainController && mainController->m_Monochrome;
+    if (!grey) {
+        killMonochromeImage(); // back in colour: the grey copy is not worth keeping
+        return shown;
+    }
+    // The rule is applied to the pixels that go on screen: the scaled copy when there is one,
+    // so that switching to grey is immediate even for a very large picture.
+    return greyVersion(shown);
+}
+
+void wmfImageView::drawOwnImage(QPainter& painter, const QRectF& area) {
+    if (ownImage.isNull() || ownImage.width() <= 0 || ownImage.height() <= 0)
+        return;
+    // Like a plain image view: scaled down to fit when it is larger, never up, and centred.
+    QSizeF shown = ownImage.size();
+    if (shown.width() > area.width() || shown.height() > area.height())
+        shown.scale(area.size(), Qt::KeepAspectRatio);
+    if (shown.isEmpty())
+        return;
+    painter.save();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(centerRect(QRectF(QPointF(), shown), area), displaySource(ownImage));
+    painter.restore();
+}
+
+void wmfImageView::drawRect(QPainter& painter, const QRectF& area) {
+    if (!mainController || mainController->getCGImage().isNull()) {
+        drawOwnImage(painter, area);
+        return;
+    }
+    const QImage& picture = mainController->getCGImage();
+    if (picture.width() <= 0 || picture.height() <= 0)
+        return;
+    painter.save();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const int degrees = mainController->getRotation();
+    if (degrees != 0) {
+        // The picture turns about the centre of the whole view, whatever area is drawn.
+        painter.setTransform(rotationAboutCentre(degrees, float(width()), float(height())), true);
+    }
+    QRectF target = area;
+    Rect r;
+    if (mainController->getPictRect(&r))
+        target = fittedPictureRect(pictureSizeOf(r, picture), degrees, area);
+    if (!target.isEmpty())
+        painter.drawImage(target, displaySource(picture));
+    painter.restore();
+}
+
+void wmfImageView::rotate(QPainter& painter, int degrees) {
+    if (degrees == 0)
+        return;
+    const QPointF centre = QRectF(rect()).center();
+    // A positive angle turns counter-clockwise here, the opposite of the picture's angle.
+    const QTransform turn = rotationTransform(-degrees);
+    const QPointF mapped = turn.map(centre);
+    const QTransform back =
+        QTransform::fromTranslate(-(mapped.x() - centre.x()), -(mapped.y() - centre.y()));
+    painter.setTransform(turn * back, true);
+}
+
+void wmfImageView::paintEvent(QPaintEvent* /*event*/) {
+    // Always the whole view, never only the exposed part, so the picture stays fitted to it.
+    QPainter painter(this);
+    drawRect(painter, QRectF(rect()));
+    if (selectionMarker)
+        selectionMarker->drawCropMarker(painter);
+}
+
+void wmfImageView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    update();
+}
+
+// ---------------------------------------------------------------------------- grey tones
+
+void wmfImageView::monochromeImage() {
+    const bool hasPicture = mainController && !mainController->getCGImage().isNull();
+    const QImage& picture = hasPicture ? mainController->getCGImage() : ownImage;
+    if (picture.isNull())
+        return;
+    // Made at most once per picture shown: a second call finds it ready and changes nothing.
+    const QImage shown = displaySource(picture);
+    const qint64 before = cache->greyOf;
+    greyVersion(shown);
+    if (cache->greyOf != before)
+        update();
+}
+
+void wmfImageView::killMonochromeImage() {
+    cache->grey = QImage();
+    cache->greyOf = 0;
+}
+
+// ------------------------------------------------------------------------------ documents
+
+QByteArray wmfImageView::dataWithPDFInsideRect(const QRectF& rect) {
+    return onGuiThread([this, rect]() -> QByteArray {
+        if (!(rect.width() > 0) || !(rect.height() > 0))
+            return QByteArray();
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        {
+            QPdfWriter writer(&buffer);
+            writer.setResolution(72); // one unit is one point
+            writer.setCreator(QStringLiteral("Ormidon"));
+            const QPageSize page(rect.size(), QPageSize::Point, QString(), QPageSize::ExactMatch);
+            writer.setPageLayout(QPageLayout(page, QPageLayout::Portrait, QMarginsF(0, 0, 0, 0),
+                                             QPageLayout::Point));
+            QPainter painter;
+            if (!painter.begin(&writer))
+                return QByteArray();
+            painter.translate(-rect.topLeft());
+            drawRect(painter, rect);
+            painter.end();
+        }
+        return buffer.data();
+    });
+}
+
+QByteArray wmfImageView::dataWithEPSInsideRect(const QRectF& rect) {
+    const QByteArray pdf = dataWithPDFInsideRect(rect);
+    if (pdf.isEmpty())
+        return QByteArray();
+    return pdfToEps(pdf);
+}
+
+// ------------------------------------------------------------------------------ keyboard
+
+void wmfImageView::keyPressEvent(QKeyEvent* event) {
+    int32_t step = 0;
+    switch (event->key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Up:
+        step = kPreviousImage;
+        break;
+    case Qt::Key_Right:
+    case Qt::Key_Down:
+        step = kNextImage;
+        break;
+    default:
+        event->ignore(); // on to the window and the menus' shortcuts
+        return;
+    }
+    event->accept();
+    if (mainController)
+        mainController->selectWMF(step);
+}
+
+// --------------------------------------------------------------------------- drag and drop
+
+void wmfImageView::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData() && event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void wmfImageView::dragMoveEvent(QDragMoveEvent* event) {
+    if (event->mimeData() && event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void wmfImageView::dropEvent(QDropEvent* event) {
+    const QMimeData* data = event->mimeData();
+    if (!data || !data->hasUrls())
+        return;
+    for (const QUrl& url : data->urls()) {
+        if (!url.isLocalFile())
+            continue;
+        // Only the first file opens; the others are ignored.
+        event->acceptProposedAction();
+        const QString file = url.toLocalFile();
+        if (mainController)
+            mainController->setSourceFileName(file, true);
+        return;
+    }
+}
+
+// --------------------------------------------------------------------------------- mouse
+
+void wmfImageView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton || !selectionMarker) {
+        QWidget::mousePressEvent(event);
+        return;
+    }
+    selectionMarker->mouseDown(event);
+}
+
+void wmfImageView::mouseMoveEvent(QMouseEvent* event) {
+    if (!(event->buttons() & Qt::LeftButton) || !selectionMarker) {
+        QWidget::mouseMoveEvent(event);
+        return;
+    }
+    selectionMarker->mouseDragged(event);
+    if (isContinuous())
+        postSelectionChangedNotification();
+    selectionChanged();
+}
+
+void wmfImageView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton || !selectionMarker) {
+        QWidget::mouseReleaseEvent(event);
+        return;
+    }
+    selectionMarker->mouseUp(event);
+    selectionChanged();
+    postSelectionChangedNotification();
+}

@@ -12,7 +12,7 @@
 
 struct DecodedImage {
     bool ok = false;
-    QImage image;     // RGB32 or ARGB32 (alpha kept); grey sources may stay Grayscale8/16
+    QImage image;     // RGB32, or ARGB32_Premultiplied (alpha kept); grey may stay Grayscale8
     QSizeF pointSize; // size in points: pixels, or pixels x 72 / dpi when the file records a dpi
 };
 

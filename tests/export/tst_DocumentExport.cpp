@@ -16,36 +16,9 @@
 
 #include <memory>
 
+#include "MarkedPicture.h"
+
 namespace {
-
-const QRgb kBlue = qRgb(0, 0, 255);
-const QRgb kRed = qRgb(255, 0, 0);
-const QRgb kGreen = qRgb(0, 255, 0);
-const QRgb kWhite = qRgb(255, 255, 255);
-
-// 640 x 480 at 72 dpi, blue, with a red block at the top-left corner and a green one at the
-// bottom-right.
-QImage markedPicture() {
-    QImage image(640, 480, QImage::Format_RGB32);
-    image.fill(kBlue);
-    for (int y = 0; y < 48; ++y)
-        for (int x = 0; x < 64; ++x) {
-            image.setPixel(x, y, kRed);
-            image.setPixel(639 - x, 479 - y, kGreen);
-        }
-    image.setDotsPerMeterX(2835);
-    image.setDotsPerMeterY(2835);
-    return image;
-}
-
-bool near(QRgb a, QRgb b, int tolerance = 6) {
-    return qAbs(qRed(a) - qRed(b)) <= tolerance && qAbs(qGreen(a) - qGreen(b)) <= tolerance &&
-           qAbs(qBlue(a) - qBlue(b)) <= tolerance;
-}
-
-QString describe(QRgb c) {
-    return QStringLiteral("(%1, %2, %3)").arg(qRed(c)).arg(qGreen(c)).arg(qBlue(c));
-}
 
 struct RenderedPdf {
     int pages = 0;

@@ -18,43 +18,13 @@
 
 #include <memory>
 
+#include "MarkedPicture.h"
+
 namespace {
 
 constexpr int kJpeg = 7;
 constexpr int kPng = 8;
 constexpr int kTarga = 11;
-
-const QRgb kBlue = qRgb(0, 0, 255);
-const QRgb kRed = qRgb(255, 0, 0);
-const QRgb kGreen = qRgb(0, 255, 0);
-
-// 640 x 480, blue, with a red block at the top-left corner and a green one at the bottom-right.
-QImage markedPicture() {
-    QImage image(640, 480, QImage::Format_RGB32);
-    image.fill(kBlue);
-    for (int y = 0; y < 48; ++y)
-        for (int x = 0; x < 64; ++x) {
-            image.setPixel(x, y, kRed);
-            image.setPixel(639 - x, 479 - y, kGreen);
-        }
-    // 72 dpi recorded in the file: one pixel is one point.
-    image.setDotsPerMeterX(2835);
-    image.setDotsPerMeterY(2835);
-    return image;
-}
-
-bool near(QRgb a, QRgb b, int tolerance = 8) {
-    return qAbs(qRed(a) - qRed(b)) <= tolerance && qAbs(qGreen(a) - qGreen(b)) <= tolerance &&
-           qAbs(qBlue(a) - qBlue(b)) <= tolerance && qAbs(qAlpha(a) - qAlpha(b)) <= tolerance;
-}
-
-QString describe(QRgb c) {
-    return QStringLiteral("(%1, %2, %3, %4)")
-        .arg(qRed(c))
-        .arg(qGreen(c))
-        .arg(qBlue(c))
-        .arg(qAlpha(c));
-}
 
 // The rectangles the conversion flow hands to createCGImage for a picture of `size` points.
 struct ExportRects {

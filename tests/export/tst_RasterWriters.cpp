@@ -22,25 +22,14 @@
 #include <cmath>
 #include <unistd.h>
 
-namespace {
+#include "MarkedPicture.h"
 
-const QRgb kBlue = qRgb(0, 0, 255);
-const QRgb kRed = qRgb(255, 0, 0);
+namespace {
 
 uint32_t code(const QString& text) {
     const QByteArray b = text.toLatin1();
     return (uint32_t(uint8_t(b[0])) << 24) | (uint32_t(uint8_t(b[1])) << 16) |
            (uint32_t(uint8_t(b[2])) << 8) | uint32_t(uint8_t(b[3]));
-}
-
-// 640 x 480, blue, with a red block at the top-left corner.
-QImage markedPicture() {
-    QImage image(640, 480, QImage::Format_RGB32);
-    image.fill(kBlue);
-    for (int y = 0; y < 48; ++y)
-        for (int x = 0; x < 64; ++x)
-            image.setPixel(x, y, kRed);
-    return image;
 }
 
 // The export picture of the marked picture at 72 dpi turned by 45 degrees: 791 x 791.
@@ -98,19 +87,6 @@ ReadBack readWithMagick(const QString& path, const QString& coder) {
         qWarning("Magick could not read %s: %s", qPrintable(path), e.what());
     }
     return r;
-}
-
-bool near(QRgb a, QRgb b, int tolerance) {
-    return qAbs(qRed(a) - qRed(b)) <= tolerance && qAbs(qGreen(a) - qGreen(b)) <= tolerance &&
-           qAbs(qBlue(a) - qBlue(b)) <= tolerance && qAbs(qAlpha(a) - qAlpha(b)) <= tolerance;
-}
-
-QString describe(QRgb c) {
-    return QStringLiteral("(%1, %2, %3, %4)")
-        .arg(qRed(c))
-        .arg(qGreen(c))
-        .arg(qBlue(c))
-        .arg(qAlpha(c));
 }
 
 QByteArray contents(const QString& path) {

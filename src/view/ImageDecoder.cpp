@@ -1,5 +1,7 @@
 #include "view/ImageDecoder.h"
 
+#include <QFileInfo>
+
 #include <QFile>
 #include <QImageReader>
 #include <QSet>
@@ -242,7 +244,18 @@ QStringList readableSuffixes() {
     return suffixes;
 }
 
+// Only regular files are decoded: no empty name, folder, pipe or device (a /dev/zero named
+// .png would otherwise be read forever).
+static bool isRegularFile(const QString& path) {
+    if (path.isEmpty())
+        return false;
+    const QFileInfo info(path);
+    return info.isFile() && info.isReadable();
+}
+
 DecodedImage decode(const QString& path) {
+    if (!isRegularFile(path))
+        return DecodedImage{};
     DecodedImage result;
     switch (qtDecode(path, result)) {
     case Outcome::Done:
@@ -259,6 +272,8 @@ DecodedImage decode(const QString& path) {
 }
 
 QSizeF measure(const QString& path) {
+    if (!isRegularFile(path))
+        return QSizeF();
     QSizeF size;
     switch (qtMeasure(path, size)) {
     case Outcome::Done:

@@ -7,6 +7,8 @@
 #include <QtConcurrent>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 #include "LoadTestImages.h"
 #include "view/ImageDecoder.h"
 
@@ -299,6 +301,18 @@ private slots:
             return d.ok && ImageDecoder::measure(path) == d.pointSize;
         });
         QCOMPARE(results.count(true), 16);
+    }
+
+    void nonRegularFilesAreRefused() {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir("folder.png"));
+        const QByteArray fifo = QFile::encodeName(dir.path() + "/pipe.png");
+        QCOMPARE(mkfifo(fifo.constData(), 0600), 0);
+        for (const QString& path : {QString(), dir.path() + "/folder.png",
+                                    QString::fromLocal8Bit(fifo), QString("/dev/zero")}) {
+            QVERIFY2(!ImageDecoder::decode(path).ok, qPrintable(path));
+            QVERIFY2(ImageDecoder::measure(path).isEmpty(), qPrintable(path));
+        }
     }
 };
 

@@ -23,27 +23,57 @@
 
 #include <functional>
 #include <future>
+#include <system_error>
+#include <vector>
 
 namespace {
 
-// The batch's encoder: while the batch thread decodes and renders file N+1, the picture of
-// file N is encoded here. One picture at most waits or encodes, so memory stays at two
-// pictures; the batch thread drains it before it restores the controls, so a Stop never
-// leaves an encode running and never starts a further file.
+// The batch's encoders: while the batch thread decodes and renders file N+1, the pictures of
+// the files before it are encoded here, two at a time (the slow encoders, PNG above all, run
+// one file per core). At most two pictures wait or encode, so memory stays at three pictures.
+// An output path that is still being written is finished first, so the later file wins as it
+// would one file at a time. The batch thread drains them before it restores the controls, so a
+// Stop never leaves an encode running and never starts a further file.
 class PendingEncode {
 public:
     ~PendingEncode() { drain(); }
-    void submit(std::function<void()> job) {
-        drain();
-        pending = std::async(std::launch::async, std::move(job));
+    void submit(const QString& dest, std::function<void()> job) {
+        for (Job& j : jobs)
+            if (j.dest == dest)
+                finish(j);
+        std::erase_if(jobs, [](const Job& j) { return !j.done.valid(); });
+        if (jobs.size() >= kSlots) {
+            finish(jobs.front());
+            jobs.erase(jobs.begin());
+        }
+        try {
+            jobs.push_back({dest, std::async(std::launch::async, job)});
+        } catch (const std::system_error&) {
+            job(); // no thread to be had: encode here
+        }
     }
     void drain() {
-        if (pending.valid())
-            pending.get();
+        for (Job& j : jobs)
+            finish(j);
+        jobs.clear();
     }
 
 private:
-    std::future<void> pending;
+    static constexpr size_t kSlots = 2;
+    struct Job {
+        QString dest;
+        std::future<void> done;
+    };
+    // A failed encode is as silent as in a single conversion.
+    static void finish(Job& j) {
+        if (!j.done.valid())
+            return;
+        try {
+            j.done.get();
+        } catch (...) {
+        }
+    }
+    std::vector<Job> jobs;
 };
 
 // Set on the batch thread for the length of the batch; a single conversion encodes at once.
@@ -145,7 +175,7 @@ void Controller::saveImage(const QString& source, long format) {
         return;
     if (batchEncoder)
         batchEncoder->submit(
-            [this, picture, dest, format] { convertAndSave(picture, dest, int(format)); });
+            dest, [this, picture, dest, format] { convertAndSave(picture, dest, int(format)); });
     else
         convertAndSave(picture, dest, int(format));
 }

@@ -7,6 +7,8 @@
 #include "export/FormatTable.h"
 #include "view/wmfImageView.h"
 
+#include <QRegularExpression>
+
 class tst_ConversionFlow : public QObject {
     Q_OBJECT
 
@@ -75,6 +77,34 @@ private slots:
         QVERIFY(eps.startsWith("%!PS-Adobe"));
         QVERIFY(eps.contains("EPSF"));
         QCOMPARE(f.controller->itsWmfView->wmfPath(), shown);
+    }
+
+    // The EPS holds the picture at the size the view shows it: a 640 x 480 picture in a 400 x 300
+    // view fills it at angle 0; turned by 90 it is fitted to the height, 225 x 300.
+    void epsSizeFollowsTheView_data() {
+        QTest::addColumn<int>("angle");
+        QTest::addColumn<QSize>("points");
+        QTest::newRow("0") << 0 << QSize(400, 300);
+        QTest::newRow("90") << 90 << QSize(225, 300);
+    }
+    void epsSizeFollowsTheView() {
+        QFETCH(int, angle);
+        QFETCH(QSize, points);
+        FlowFixture f;
+        f.open(f.makeImage("cat.jpg", 640, 480));
+        f.controller->itsWmfView->setFixedSize(400, 300);
+        QTRY_COMPARE(f.controller->itsWmfView->size(), QSize(400, 300));
+        f.controller->m_rotate = angle;
+        QVERIFY(f.selectFormat("EPS "));
+        f.controller->convert(nullptr);
+        const QByteArray eps = FlowFixture::readAll(f.outPath("cat.eps"));
+        const QRegularExpression box("%%BoundingBox: *(-?\\d+) +(-?\\d+) +(-?\\d+) +(-?\\d+)");
+        const QRegularExpressionMatch m = box.match(QString::fromLatin1(eps));
+        QVERIFY2(m.hasMatch(), eps.left(200).constData());
+        const int w = m.captured(3).toInt() - m.captured(1).toInt();
+        const int h = m.captured(4).toInt() - m.captured(2).toInt();
+        QVERIFY2(qAbs(w - points.width()) <= 1 && qAbs(h - points.height()) <= 1,
+                 qPrintable(QString("%1 x %2").arg(w).arg(h)));
     }
 
     void convertAsksBeforeReplacing_data() {

@@ -168,6 +168,7 @@ void Controller::loadMainWindow() {
     itsMenuItemConvert->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
     itsMenuItemConvAll = fileMenu->addAction(tr("Convert All"));
     itsMenuItemConvAll->setObjectName("itsMenuItemConvAll");
+    itsMenuItemConvAll->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E));
     fileMenu->addSeparator();
     QAction* quit = fileMenu->addAction(tr("&Quit"));
     quit->setShortcut(QKeySequence::Quit);

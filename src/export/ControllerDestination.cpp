@@ -42,6 +42,7 @@ QString appendComponent(const QString& folder, const QString& name) {
 // question any other way keeps the old file.
 bool askReplace(QWidget* parent, const QString& name) {
     QMessageBox box(parent);
+    box.setWindowTitle(QObject::tr("Ormidon"));
     box.setIcon(QMessageBox::Warning);
     box.setText(QObject::tr("The file %1 already exists. Do you want to replace it?").arg(name));
     // One role for both keeps them in the order they were added, whatever the desktop's

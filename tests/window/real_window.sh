@@ -35,6 +35,23 @@ run_in_x() {
   xdotool key ctrl+e
   for _ in $(seq 100); do [ -s "$HOME/Desktop/b.TIFF" ] && break; sleep 0.1; done
   [ -s "$HOME/Desktop/b.TIFF" ] || fail "ctrl+e wrote no $HOME/Desktop/b.TIFF"
+  # Convert All writes every image of the folder, the text file skipped; b.TIFF exists, so
+  # the batch asks once about it, and Skip keeps it.
+  before=$(stat -c %Y.%s "$HOME/Desktop/b.TIFF")
+  sleep 1
+  xdotool key ctrl+shift+e
+  question=$(wait_title "Ormidon") || {
+    import -window root "$shots/real_window_failed.png"
+    fail "Convert All did not ask before replacing b.TIFF"
+  }
+  sleep 0.3
+  import -window root "$shots/real_window_question.png"
+  xdotool windowfocus --sync "$question" key Escape
+  for _ in $(seq 150); do [ -s "$HOME/Desktop/c.TIFF" ] && break; sleep 0.1; done
+  for f in a c; do [ -s "$HOME/Desktop/$f.TIFF" ] || fail "Convert All wrote no $f.TIFF"; done
+  [ ! -e "$HOME/Desktop/b2.TIFF" ] || fail "Convert All converted the text file"
+  [ "$(stat -c %Y.%s "$HOME/Desktop/b.TIFF")" = "$before" ] || fail "Skip replaced b.TIFF"
+  sleep 0.5
   # A second launch hands its file to the running window and ends at once.
   timeout 10 "$app" --no-splash "$pictures/c.png" || fail "the second launch did not end"
   [ "$(xdotool search --onlyvisible --name "^Ormidon: " | wc -l)" = 1 ] || fail "a second window opened"

@@ -128,7 +128,7 @@ const QImage& wmfImageView::greyVersion(const QImage& shown) {
     return cache->grey;
 }
 
-QImage wmfImageView::displaySource(const QImage& picture) {
+QImage wmfImageView::displaySource(const QImage& picture, Tones tones) {
     QImage shown = picture;
     const qreal ratio = devicePixelRatioF();
     const double scale = largestDisplayScale(picture.size(), QSizeF(size())) * ratio;
@@ -150,8 +150,9 @@ QImage wmfImageView::displaySource(const QImage& picture) {
         cache->scaled = QImage();
         cache->scaledOf = 0;
     }
-    const bool grey = mainController && mainController->m_Monochrome;
-    if (!grey) {
+    if (tones == Tones::Colour)
+        return shown;
+    if (!mainController || !mainController->m_Monochrome) {
         killMonochromeImage(); // back in colour: the grey copy is not worth keeping
         return shown;
     }
@@ -160,7 +161,7 @@ QImage wmfImageView::displaySource(const QImage& picture) {
     return greyVersion(shown);
 }
 
-void wmfImageView::drawOwnImage(QPainter& painter, const QRectF& area) {
+void wmfImageView::drawOwnImage(QPainter& painter, const QRectF& area, Tones tones) {
     if (ownImage.isNull() || ownImage.width() <= 0 || ownImage.height() <= 0)
         return;
     // Like a plain image view: scaled down to fit when it is larger, never up, and centred.
@@ -171,13 +172,17 @@ void wmfImageView::drawOwnImage(QPainter& painter, const QRectF& area) {
         return;
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(centerRect(QRectF(QPointF(), shown), area), displaySource(ownImage));
+    painter.drawImage(centerRect(QRectF(QPointF(), shown), area), displaySource(ownImage, tones));
     painter.restore();
 }
 
 void wmfImageView::drawRect(QPainter& painter, const QRectF& area) {
+    drawPicture(painter, area, Tones::AsOnScreen);
+}
+
+void wmfImageView::drawPicture(QPainter& painter, const QRectF& area, Tones tones) {
     if (!mainController || mainController->getCGImage().isNull()) {
-        drawOwnImage(painter, area);
+        drawOwnImage(painter, area, tones);
         return;
     }
     const QImage& picture = mainController->getCGImage();
@@ -195,7 +200,7 @@ void wmfImageView::drawRect(QPainter& painter, const QRectF& area) {
     if (mainController->getPictRect(&r))
         target = fittedPictureRect(pictureSizeOf(r, picture), degrees, area);
     if (!target.isEmpty())
-        painter.drawImage(target, displaySource(picture));
+        painter.drawImage(target, displaySource(picture, tones));
     painter.restore();
 }
 
@@ -232,7 +237,7 @@ void wmfImageView::monochromeImage() {
     if (picture.isNull())
         return;
     // Made at most once per picture shown: a second call finds it ready and changes nothing.
-    const QImage shown = displaySource(picture);
+    const QImage shown = displaySource(picture, Tones::Colour);
     const qint64 before = cache->greyOf;
     greyVersion(shown);
     if (cache->greyOf != before)
@@ -263,7 +268,7 @@ QByteArray wmfImageView::dataWithPDFInsideRect(const QRectF& rect) {
             if (!painter.begin(&writer))
                 return QByteArray();
             painter.translate(-rect.topLeft());
-            drawRect(painter, rect);
+            drawPicture(painter, rect, Tones::Colour);
             painter.end();
         }
         return buffer.data();

@@ -70,11 +70,16 @@ protected:
 private:
     friend class RedrawBenchmark; // switches the scaled copy off to measure what it saves
 
-    // The picture as it goes on screen: greyed while the controller's grey flag is on, and
-    // replaced by the scaled copy when it is much larger than the view.
-    QImage displaySource(const QImage& picture);
+    // Grey tones are a way of looking at the picture on screen; a document made of the view's
+    // drawing (the EPS export) always shows the colours of the file.
+    enum class Tones { AsOnScreen, Colour };
+
+    // The picture as it is drawn: greyed while the controller's grey flag is on (on screen
+    // only), and replaced by the scaled copy when it is much larger than the view.
+    QImage displaySource(const QImage& picture, Tones tones);
     const QImage& greyVersion(const QImage& shown);
-    void drawOwnImage(QPainter& painter, const QRectF& area);
+    void drawPicture(QPainter& painter, const QRectF& area, Tones tones);
+    void drawOwnImage(QPainter& painter, const QRectF& area, Tones tones);
 
     QImage ownImage;
     bool continuous = false;

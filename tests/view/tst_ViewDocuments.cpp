@@ -32,6 +32,7 @@ private slots:
     void pdfPageSize();
     void pdfShowsThePicture();
     void epsBoundingBox();
+    void greyTonesStayOnScreen();
     void emptyRectGivesNoBytes();
 
 private:
@@ -106,6 +107,25 @@ void tst_ViewDocuments::epsBoundingBox() {
     QVERIFY(eps.startsWith("%!PS-Adobe"));
     QVERIFY(eps.contains("EPSF"));
     QVERIFY2(eps.contains("%%BoundingBox: 0 0 225 300"), eps.left(400).constData());
+}
+
+void tst_ViewDocuments::greyTonesStayOnScreen() {
+    controller->m_Monochrome = true;
+    view->show();
+    QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+    const QImage screen = view->grab().toImage();
+    const QRgb onScreen = screen.pixel(screen.width() / 2, screen.height() / 2);
+    QCOMPARE(qRed(onScreen), qGreen(onScreen)); // grey on screen...
+
+    const QRectF rect = shownRect(QSizeF(640, 480), 0, QRectF(view->rect()));
+    const std::unique_ptr<Poppler::Document> document =
+        Poppler::Document::loadFromData(view->dataWithPDFInsideRect(rect));
+    QVERIFY(document);
+    const QImage page = document->page(0)->renderToImage(72, 72);
+    const QRgb inDocument = page.pixel(page.width() / 2, page.height() / 2);
+    // ...and the colours of the picture in the document made of the view's drawing.
+    QVERIFY2(qRed(inDocument) > 200 && qGreen(inDocument) < 60,
+             qPrintable(QString::number(inDocument, 16)));
 }
 
 void tst_ViewDocuments::emptyRectGivesNoBytes() {

@@ -100,19 +100,11 @@ void writeViewDocument(Controller& c, const QString& source, const QString& dest
     if (!source.isEmpty())
         view->setWmfPath(source);
 
-    const QRectF viewBounds = view->rect();
-    QRectF turned = rotatedRectBounds(bounds, float(c.getRotation()));
+    const QRectF area = shownTurnedBox(bounds, c.getRotation(), QRectF(view->rect()));
     QByteArray bytes;
-    if (turned.width() > 0 && turned.height() > 0) {
-        float k = float(viewBounds.height()) / float(turned.height());
-        const float kw = float(viewBounds.width()) / float(turned.width());
-        if (k > kw)
-            k = kw;
-        turned.setSize(QSizeF(float(turned.width()) * k, float(turned.height()) * k));
-        const QRectF area = wmfImageView::centerRect(turned, viewBounds);
+    if (!area.isEmpty())
         bytes = format == kEpsFormat ? view->dataWithEPSInsideRect(area)
                                      : view->dataWithPDFInsideRect(area);
-    }
     if (!bytes.isEmpty() && !dest.isEmpty()) {
         QFile file(dest);
         if (file.open(QIODevice::WriteOnly))

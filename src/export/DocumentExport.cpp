@@ -69,14 +69,7 @@ void writePictureAsPdf(const QImage& picture, const QRectF& bounds, int degrees,
     painter.setRenderHint(QPainter::LosslessImageRendering);
     // Turned always, also at angle 0: the picture's centre goes to the page's centre and the
     // picture turns about it, clockwise for a positive angle.
-    const float pw = float(page.width());
-    const float ph = float(page.height());
-    painter.setTransform(rotationAboutCentre(degrees, pw, ph));
-    const double dx =
-        double(float(page.x() + page.width() / 2) - float(bounds.x() + bounds.width() / 2));
-    const double dy =
-        double(float(page.y() + page.height() / 2) - float(bounds.y() + bounds.height() / 2));
-    painter.translate(dx, dy);
+    painter.setTransform(turnedPlacement(degrees, page, bounds));
     if (!picture.isNull())
         painter.drawImage(bounds, picture); // embedded with all its pixels
     painter.end();

@@ -46,14 +46,6 @@ bool usableAsIs(const DecodedImage& source, uint32_t w, uint32_t h, int format, 
     return !image.hasAlphaChannel() || formatKeepsTransparentBackground(format);
 }
 
-// The half-size sum of a rectangle's origin and centre, in double, rounded to float.
-float centreX(const QRectF& r) {
-    return float(double(float(r.x())) + double(float(r.width())) / 2.0);
-}
-float centreY(const QRectF& r) {
-    return float(double(float(r.y())) + double(float(r.height())) / 2.0);
-}
-
 } // namespace
 
 QImage renderExportPicture(const DecodedImage& source, const QRectF& rect, const QRectF& r,
@@ -77,10 +69,7 @@ QImage renderExportPicture(const DecodedImage& source, const QRectF& rect, const
     if (degrees != 0) {
         // Applied to a source point last to first: scaled, moved so that the picture's centre
         // is the bitmap's centre, then turned about that centre.
-        const float rw = float(rect.width());
-        const float rh = float(rect.height());
-        painter.setTransform(rotationAboutCentre(degrees, rw, rh));
-        painter.translate(double(centreX(rect) - centreX(r)), double(centreY(rect) - centreY(r)));
+        painter.setTransform(turnedPlacement(degrees, rect, r));
     }
     painter.scale(double(scale), double(scale));
     if (source.ok)

@@ -67,6 +67,39 @@ QTransform rotationAboutCentre(int degrees, float width, float height) {
            QTransform::fromTranslate(width / 2.0f, height / 2.0f);
 }
 
+namespace {
+
+// A rectangle's centre, each half-sum taken in double and rounded to float.
+QPointF floatCentre(const QRectF& r) {
+    return QPointF(float(double(float(r.x())) + double(float(r.width())) / 2.0),
+                   float(double(float(r.y())) + double(float(r.height())) / 2.0));
+}
+
+} // namespace
+
+QTransform turnedPlacement(int degrees, const QRectF& box, const QRectF& picture) {
+    const QPointF a = floatCentre(box);
+    const QPointF b = floatCentre(picture);
+    const QTransform toCentre = QTransform::fromTranslate(double(float(a.x()) - float(b.x())),
+                                                          double(float(a.y()) - float(b.y())));
+    return toCentre * rotationAboutCentre(degrees, float(box.width()), float(box.height()));
+}
+
+QRectF shownTurnedBox(const QRectF& picture, int degrees, const QRectF& view) {
+    // A picture without area shows nowhere (turned, its box would only be nearly flat).
+    if (!(picture.width() > 0) || !(picture.height() > 0))
+        return QRectF();
+    QRectF turned = rotatedRectBounds(picture, float(degrees));
+    if (!(turned.width() > 0) || !(turned.height() > 0))
+        return QRectF();
+    float k = float(view.height()) / float(turned.height());
+    const float kw = float(view.width()) / float(turned.width());
+    if (k > kw)
+        k = kw;
+    turned.setSize(QSizeF(float(turned.width()) * k, float(turned.height()) * k));
+    return centerRect(turned, view);
+}
+
 QRectF fittedPictureRect(const QSizeF& pictureSize, int degrees, const QRectF& area) {
     const float pw = float(pictureSize.width());
     const float ph = float(pictureSize.height());

@@ -20,6 +20,15 @@ QTransform rotationTransform(int degrees);
 // this way.
 QTransform rotationAboutCentre(int degrees, float width, float height);
 
+// The placement of a picture in the box of its turned bounds (an export bitmap, a PDF page):
+// the picture's rectangle is moved so that its centre is the box's centre, then turned about
+// that centre. Both rectangles are in the box's units.
+QTransform turnedPlacement(int degrees, const QRectF& box, const QRectF& picture);
+
+// The box in which the main view shows a picture turned by `degrees`: its turned bounding box
+// scaled to fit `view` (the smaller ratio; the height ratio on a tie) and centred on it.
+QRectF shownTurnedBox(const QRectF& picture, int degrees, const QRectF& view);
+
 // Where the main view shows a picture of `pictureSize` turned by `degrees` inside `area`:
 // scaled to fit (up or down, aspect kept) and centred. The rectangle is the unturned picture's
 // place; the turn about the view's centre is applied on top of it.

@@ -17,6 +17,10 @@ private slots:
     void fitted_data();
     void fitted();
     void fittedDegenerate();
+    void turnedPlacementCentresThePicture_data();
+    void turnedPlacementCentresThePicture();
+    void shownTurnedBox_data();
+    void shownTurnedBox();
 };
 
 void tst_RotationGeometry::rotatedBounds_data() {
@@ -135,3 +139,51 @@ void tst_RotationGeometry::fittedDegenerate() {
 
 QTEST_APPLESS_MAIN(tst_RotationGeometry)
 #include "tst_RotationGeometry.moc"
+
+void tst_RotationGeometry::turnedPlacementCentresThePicture_data() {
+    QTest::addColumn<int>("degrees");
+    QTest::addColumn<QPointF>("corner"); // where the picture's top-left corner lands
+    // A 640 x 480 picture in the box of its turned bounds.
+    QTest::newRow("0") << 0 << QPointF(0, 0);
+    QTest::newRow("90 clockwise") << 90 << QPointF(480, 0);
+    QTest::newRow("-90") << -90 << QPointF(0, 640);
+    QTest::newRow("180") << 180 << QPointF(640, 480);
+}
+
+void tst_RotationGeometry::turnedPlacementCentresThePicture() {
+    QFETCH(int, degrees);
+    QFETCH(QPointF, corner);
+    const QRectF picture(0, 0, 640, 480);
+    const QRectF box = rotatedRectBounds(picture, float(degrees));
+    const QTransform placement = turnedPlacement(degrees, box, picture);
+    const QPointF centre = placement.map(picture.center());
+    QVERIFY(qAbs(centre.x() - box.width() / 2) < 0.01 &&
+            qAbs(centre.y() - box.height() / 2) < 0.01);
+    const QPointF mapped = placement.map(QPointF(0, 0));
+    QVERIFY2(qAbs(mapped.x() - corner.x()) < 0.01 && qAbs(mapped.y() - corner.y()) < 0.01,
+             qPrintable(QStringLiteral("%1, %2").arg(mapped.x()).arg(mapped.y())));
+}
+
+void tst_RotationGeometry::shownTurnedBox_data() {
+    QTest::addColumn<int>("degrees");
+    QTest::addColumn<QRectF>("expected");
+    // 640 x 480 shown in a 400 x 300 view.
+    QTest::newRow("0") << 0 << QRectF(0, 0, 400, 300);
+    QTest::newRow("90") << 90 << QRectF(87.5, 0, 225, 300);
+    QTest::newRow("720") << 720 << QRectF(0, 0, 400, 300);
+}
+
+void tst_RotationGeometry::shownTurnedBox() {
+    QFETCH(int, degrees);
+    QFETCH(QRectF, expected);
+    const QRectF box = ::shownTurnedBox(QRectF(0, 0, 640, 480), degrees, QRectF(0, 0, 400, 300));
+    QVERIFY2(qAbs(box.x() - expected.x()) < 0.01 && qAbs(box.y() - expected.y()) < 0.01 &&
+                 qAbs(box.width() - expected.width()) < 0.01 &&
+                 qAbs(box.height() - expected.height()) < 0.01,
+             qPrintable(QStringLiteral("%1 %2 %3 %4")
+                            .arg(box.x())
+                            .arg(box.y())
+                            .arg(box.width())
+                            .arg(box.height())));
+    QVERIFY(::shownTurnedBox(QRectF(0, 0, 0, 480), degrees, QRectF(0, 0, 400, 300)).isEmpty());
+}

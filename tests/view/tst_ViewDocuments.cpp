@@ -11,14 +11,9 @@
 
 namespace {
 
-// The rectangle in which the view shows the turned picture, as the document writer asks for it.
+// The rectangle the document writer asks the view for.
 QRectF shownRect(const QSizeF& picture, int degrees, const QRectF& view) {
-    QRectF turned = rotatedRectBounds(QRectF(QPointF(), picture), float(degrees));
-    float k = float(view.height()) / float(turned.height());
-    if (k > float(view.width()) / float(turned.width()))
-        k = float(view.width()) / float(turned.width());
-    turned.setSize(turned.size() * k);
-    return centerRect(turned, view);
+    return shownTurnedBox(QRectF(QPointF(), picture), degrees, view);
 }
 
 } // namespace

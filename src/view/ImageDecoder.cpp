@@ -139,16 +139,96 @@ std::optional<Dpi> jpegDpi(QFile& file) {
     return std::nullopt;
 }
 
-// The formats whose resolution is read from the header here; the others are taken from the
-// decoded image.
+// The resolution in a BMP's info header (pixels per metre); the old 12-byte core header has
+// none.
+std::optional<Dpi> bmpDpi(QFile& file) {
+    uchar head[46];
+    if (file.read(reinterpret_cast<char*>(head), 46) != 46 || head[0] != 'B' || head[1] != 'M')
+        return std::nullopt;
+    if (qFromLittleEndian<quint32>(head + 14) < 40)
+        return std::nullopt;
+    const qint32 x = qFromLittleEndian<qint32>(head + 38);
+    const qint32 y = qFromLittleEndian<qint32>(head + 42);
+    if (x <= 0 || y <= 0)
+        return std::nullopt;
+    return Dpi{x * 0.0254, y * 0.0254};
+}
+
+// The X and Y resolution of a TIFF's first image and their unit (inch unless it says
+// centimetre; "no unit" gives only the aspect ratio), read from its first directory.
+std::optional<Dpi> tiffDpi(QFile& file) {
+    uchar head[8];
+    if (file.read(reinterpret_cast<char*>(head), 8) != 8)
+        return std::nullopt;
+    const bool little = head[0] == 'I' && head[1] == 'I';
+    if (!little && !(head[0] == 'M' && head[1] == 'M'))
+        return std::nullopt;
+    auto u16 = [little](const uchar* p) {
+        return little ? qFromLittleEndian<quint16>(p) : qFromBigEndian<quint16>(p);
+    };
+    auto u32 = [little](const uchar* p) {
+        return little ? qFromLittleEndian<quint32>(p) : qFromBigEndian<quint32>(p);
+    };
+    if (u16(head + 2) != 42 || !file.seek(u32(head + 4)))
+        return std::nullopt;
+    uchar countBytes[2];
+    if (file.read(reinterpret_cast<char*>(countBytes), 2) != 2)
+        return std::nullopt;
+    const int count = u16(countBytes);
+    const QByteArray entries = file.read(qint64(count) * 12);
+    if (entries.size() != qint64(count) * 12)
+        return std::nullopt;
+    auto rational = [&](const uchar* entry) -> double {
+        if (u16(entry + 2) != 5 || u32(entry + 4) != 1 || !file.seek(u32(entry + 8)))
+            return 0.0;
+        uchar value[8];
+        if (file.read(reinterpret_cast<char*>(value), 8) != 8 || u32(value + 4) == 0)
+            return 0.0;
+        return double(u32(value)) / double(u32(value + 4));
+    };
+    double x = 0, y = 0;
+    int unit = 2; // inch, when the file names none
+    for (int i = 0; i < count; ++i) {
+        const auto* entry = reinterpret_cast<const uchar*>(entries.constData()) + i * 12;
+        switch (u16(entry)) {
+        case 282:
+            x = rational(entry);
+            break;
+        case 283:
+            y = rational(entry);
+            break;
+        case 296:
+            unit = u16(entry + 8);
+            break;
+        default:
+            break;
+        }
+    }
+    if (!(x > 0) || !(y > 0) || (unit != 2 && unit != 3))
+        return std::nullopt;
+    return unit == 3 ? Dpi{x * 2.54, y * 2.54} : Dpi{x, y};
+}
+
+// The resolution a file records, read from its header for the formats that have one; the
+// others are taken from the decoded image.
 std::optional<Dpi> headerDpi(const QString& path, const QByteArray& format, bool* known) {
-    *known = format == "png" || format == "jpeg";
-    if (!*known)
+    using Reader = std::optional<Dpi> (*)(QFile&);
+    Reader reader = nullptr;
+    if (format == "png")
+        reader = pngDpi;
+    else if (format == "jpeg")
+        reader = jpegDpi;
+    else if (format == "bmp")
+        reader = bmpDpi;
+    else if (format == "tiff")
+        reader = tiffDpi;
+    *known = reader != nullptr;
+    if (!reader)
         return std::nullopt;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    return format == "png" ? pngDpi(file) : jpegDpi(file);
+    return reader(file);
 }
 
 enum class Outcome { NotMine, Refused, Failed, Done };
@@ -205,14 +285,6 @@ Outcome qtMeasure(const QString& path, QSizeF& out) {
     const QSize pixels = orientedSize(reader, declared);
     if (known) {
         out = dpi ? pointSizeFor(pixels, dpi->x, dpi->y) : QSizeF(pixels);
-        return Outcome::Done;
-    }
-    if (reader.format() == "tiff" || reader.format() == "bmp") {
-        // These readers report a resolution only with the decoded image.
-        const DecodedImage decoded = ImageDecoder::decode(path);
-        if (!decoded.ok)
-            return Outcome::Failed;
-        out = decoded.pointSize;
         return Outcome::Done;
     }
     out = QSizeF(pixels);

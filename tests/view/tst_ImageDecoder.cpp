@@ -123,6 +123,40 @@ private slots:
         QVERIFY(qAbs(measured.height() - d.pointSize.height()) < 1e-9);
     }
 
+    void recordedResolution_data() {
+        QTest::addColumn<QByteArray>("format");
+        QTest::addColumn<int>("dotsPerMetre");
+        QTest::addColumn<double>("dpi"); // what the size in points is computed from
+        for (const QByteArray format : {QByteArray("png"), QByteArray("tiff"), QByteArray("bmp")}) {
+            QTest::addRow("%s 300 dpi", format.constData()) << format << 11811 << 300.0;
+            // 96 dpi is also what a new QImage holds: it must still count as recorded.
+            QTest::addRow("%s 96 dpi", format.constData()) << format << 3780 << 96.0;
+            QTest::addRow("%s 72 dpi", format.constData()) << format << 2835 << 72.0;
+        }
+    }
+
+    // Measuring reads the resolution from the file's header, and decoding gives the same size.
+    void recordedResolution() {
+        QFETCH(QByteArray, format);
+        QFETCH(int, dotsPerMetre);
+        QFETCH(double, dpi);
+        const QString path = file("resolution." + QString::fromLatin1(format));
+        QImage source(600, 300, QImage::Format_RGB32);
+        source.fill(Qt::darkGreen);
+        source.setDotsPerMeterX(dotsPerMetre);
+        source.setDotsPerMeterY(dotsPerMetre);
+        QVERIFY(source.save(path, format.constData()));
+        const QSizeF expected(600 * 72.0 / dpi, 300 * 72.0 / dpi);
+        const QSizeF measured = ImageDecoder::measure(path);
+        QVERIFY2(
+            qAbs(measured.width() - expected.width()) < 0.01 &&
+                qAbs(measured.height() - expected.height()) < 0.01,
+            qPrintable(QStringLiteral("%1 x %2").arg(measured.width()).arg(measured.height())));
+        const DecodedImage decoded = ImageDecoder::decode(path);
+        QVERIFY(decoded.ok);
+        QCOMPARE(decoded.pointSize, measured);
+    }
+
     void jpegDensity_data() {
         QTest::addColumn<int>("dpi");
         QTest::addColumn<QSizeF>("points");

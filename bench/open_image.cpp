@@ -24,7 +24,7 @@
 #include <cstring>
 #include <vector>
 
-#include "view/ImageDecoder.h"
+#include "codec/ImageDecoder.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "app/PrefDrawer.h"
 #include "app/WindowFrame.h"
 #include "export/FormatTable.h"
-#include "export/RasterWriters.h"
+#include "codec/RasterWriters.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -2,7 +2,7 @@
 
 #include "app/Controller.h"
 #include "app/SingleInstance.h"
-#include "view/MagickSupport.h"
+#include "codec/MagickSupport.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

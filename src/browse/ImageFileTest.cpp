@@ -1,6 +1,6 @@
 #include "browse/ImageFileTest.h"
 
-#include "view/ImageDecoder.h"
+#include "codec/ImageDecoder.h"
 
 const QStringList& imageFileTypes() {
     // Built once, on first use, from whichever thread gets there first.

@@ -8,8 +8,8 @@
 #include "export/DocumentExport.h"
 #include "export/ExportRenderer.h"
 #include "export/FormatTable.h"
-#include "export/RasterWriters.h"
-#include "view/ImageDecoder.h"
+#include "codec/RasterWriters.h"
+#include "codec/ImageDecoder.h"
 
 #include <QComboBox>
 #include <QFileInfo>

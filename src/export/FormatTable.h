@@ -1,26 +1,40 @@
 #pragma once
 
 #include <QString>
+
+#include <array>
 #include <cstdint>
+
+#include "codec/FormatRegistry.h"
 
 // The output-format table: nineteen entries, indexed 0 to 18. Entries 0 to 16 are raster
 // formats written by an encoder chosen by its four-character subtype; 17 is PDF and 18 EPS.
-// Codes are exactly four characters, trailing blanks included ("GIF ", "SGI ", "PDF ").
+// Codes are exactly four characters, trailing blanks included ("GIF ", "SGI ", "PDF "). The
+// arrays are views of the format registry's rows, in table order.
 
-constexpr int kFormatCount = 19;
+constexpr int kFormatCount = FormatRegistry::kOutputCount;
 constexpr int kLastRasterFormat = 16;
 constexpr int kPdfFormat = 17;
 constexpr int kEpsFormat = 18;
 
-// A four-character code as a big-endian 32-bit number ('JPEG', '.SGI').
-constexpr uint32_t fourCharCode(const char (&code)[5]) {
-    return (uint32_t(uint8_t(code[0])) << 24) | (uint32_t(uint8_t(code[1])) << 16) |
-           (uint32_t(uint8_t(code[2])) << 8) | uint32_t(uint8_t(code[3]));
+namespace FormatTableDetail {
+template <typename T, int N, typename Field> constexpr std::array<T, N> column(Field field) {
+    std::array<T, N> out{};
+    for (int i = 0; i < N; ++i)
+        out[i] = field(FormatRegistry::outputRow(i));
+    return out;
 }
+} // namespace FormatTableDetail
 
-extern const char* const gformats_ns[kFormatCount]; // codes shown in the list and saved
-extern const uint32_t gformats[kLastRasterFormat + 1]; // encoder subtypes of entries 0 to 16
-extern uint8_t gformatExport[kFormatCount];            // 1 where the encoder exists (0 to 16)
+// Codes shown in the list and saved.
+inline constexpr std::array<const char*, kFormatCount> gformats_ns =
+    FormatTableDetail::column<const char*, kFormatCount>([](const FormatRow& r) { return r.code; });
+// Encoder subtypes of entries 0 to 16.
+inline constexpr std::array<uint32_t, kLastRasterFormat + 1> gformats =
+    FormatTableDetail::column<uint32_t, kLastRasterFormat + 1>(
+        [](const FormatRow& r) { return r.subtype; });
+// 1 where the encoder exists (0 to 16); written once at start-up.
+extern uint8_t gformatExport[kFormatCount];
 
 // Table index of a code, compared exactly; the first match wins ("PICS" is 1, never 14). -1
 // when no entry has that code.

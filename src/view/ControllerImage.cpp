@@ -3,7 +3,7 @@
 #include <QLineEdit>
 
 #include "app/Controller.h"
-#include "view/ImageDecoder.h"
+#include "codec/ImageDecoder.h"
 #include "view/wmfImageView.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "view/ImageDecoder.h"
+#include "codec/ImageDecoder.h"
 
 void getBitmapBmp(QImage* rep, BitmapStruct* out) {
     if (!rep || !out || rep->isNull())

@@ -4,7 +4,7 @@
 #include "app/Controller.h"
 #include "app/PrefDrawer.h"
 #include "export/FormatTable.h"
-#include "export/RasterWriters.h"
+#include "codec/RasterWriters.h"
 #include "view/wmfImageView.h"
 
 #include <QAction>

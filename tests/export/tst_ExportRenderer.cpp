@@ -4,7 +4,7 @@
 #include "app/Controller.h"
 #include "export/ExportRenderer.h"
 #include "export/FormatTable.h"
-#include "view/ImageDecoder.h"
+#include "codec/ImageDecoder.h"
 #include "view/RotationGeometry.h"
 
 #include <QAbstractButton>

@@ -5,9 +5,9 @@
 #include "app/Controller.h"
 #include "export/ExportRenderer.h"
 #include "export/FormatTable.h"
-#include "export/RasterWriters.h"
-#include "view/ImageDecoder.h"
-#include "view/MagickSupport.h"
+#include "codec/RasterWriters.h"
+#include "codec/ImageDecoder.h"
+#include "codec/MagickSupport.h"
 #include "view/RotationGeometry.h"
 
 #include <QComboBox>

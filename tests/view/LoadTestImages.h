@@ -13,7 +13,7 @@
 #include <QString>
 #include <QtEndian>
 
-#include "view/MagickSupport.h"
+#include "codec/MagickSupport.h"
 
 namespace LoadTestImages {
 

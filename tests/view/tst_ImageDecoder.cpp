@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 
 #include "LoadTestImages.h"
-#include "view/ImageDecoder.h"
+#include "codec/ImageDecoder.h"
 
 using namespace LoadTestImages;
 

@@ -7,8 +7,8 @@
 #include <cmath>
 #include <memory>
 
-#include "view/DecodeLimits.h"
-#include "view/DecoderBackends.h"
+#include "codec/DecodeLimits.h"
+#include "codec/DecoderBackends.h"
 
 namespace {
 

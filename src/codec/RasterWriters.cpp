@@ -1,7 +1,7 @@
-#include "export/RasterWriters.h"
+#include "codec/RasterWriters.h"
 
-#include "export/FormatTable.h"
-#include "view/MagickSupport.h"
+#include "codec/FormatRegistry.h"
+#include "codec/MagickSupport.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -22,45 +22,6 @@ constexpr int16_t kNoPicture = -2;      // a null picture or a resolution that i
 constexpr int16_t kCannotOpenFile = -3; // missing folder, read-only file, not a file
 constexpr int16_t kEncoderFailed = -4;  // the encoder refused the picture (policy, size)
 constexpr int16_t kWriteFailed = -5;    // the bytes did not all reach the disk (disk full)
-
-// The encoders Qt's image plugins provide, by subtype. JPEG is written at Qt's default quality
-// (75), the same trade-off as the platform encoders' default.
-struct QtEncoder {
-    uint32_t subtype;
-    const char* name;
-};
-constexpr QtEncoder kQtEncoders[] = {
-    {fourCharCode("BMPf"), "bmp"},
-    {fourCharCode("JPEG"), "jpeg"},
-    {fourCharCode("PNGf"), "png"},
-    {fourCharCode("TIFF"), "tiff"},
-};
-
-// The encoders Magick++ provides, by subtype, with Magick's coder name.
-struct MagickEncoder {
-    uint32_t subtype;
-    const char* coder;
-};
-constexpr MagickEncoder kMagickEncoders[] = {
-    {fourCharCode("GIF "), "GIF"},
-    {fourCharCode("8BPS"), "PSD"},
-    {fourCharCode(".SGI"), "SGI"},
-    {fourCharCode("TPIC"), "TGA"},
-};
-
-const QtEncoder* qtEncoderFor(uint32_t subtype) {
-    for (const QtEncoder& e : kQtEncoders)
-        if (e.subtype == subtype)
-            return &e;
-    return nullptr;
-}
-
-const MagickEncoder* magickEncoderFor(uint32_t subtype) {
-    for (const MagickEncoder& e : kMagickEncoders)
-        if (e.subtype == subtype)
-            return &e;
-    return nullptr;
-}
 
 bool qtCanWrite(const char* name) {
     return QImageWriter::supportedImageFormats().contains(QByteArray(name));
@@ -165,22 +126,27 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
 } // namespace
 
 bool rasterWriterExists(uint32_t subtype) {
-    if (const QtEncoder* e = qtEncoderFor(subtype))
-        return qtCanWrite(e->name);
-    if (const MagickEncoder* e = magickEncoderFor(subtype))
-        return magickCanWrite(e->coder);
-    return false;
+    const FormatRow* row = FormatRegistry::rowForSubtype(subtype);
+    if (!row || !row->coder)
+        return false;
+    switch (row->encoder) {
+    case Encoder::Qt:
+        return qtCanWrite(row->coder);
+    case Encoder::Magick:
+        return magickCanWrite(row->coder);
+    default:
+        return false;
+    }
 }
 
 int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi) {
-    const QtEncoder* qt = qtEncoderFor(subtype);
-    const MagickEncoder* magick = magickEncoderFor(subtype);
-    if ((!qt && !magick) || !rasterWriterExists(subtype))
+    if (!rasterWriterExists(subtype))
         return kNoEncoder;
     if (picture.isNull() || std::isnan(dpi))
         return kNoPicture;
     if (path.isEmpty())
         return kCannotOpenFile;
-    return qt ? writeWithQt(picture, path, qt->name, dpi)
-              : writeWithMagick(picture, path, magick->coder, dpi);
+    const FormatRow* row = FormatRegistry::rowForSubtype(subtype);
+    return row->encoder == Encoder::Qt ? writeWithQt(picture, path, row->coder, dpi)
+                                       : writeWithMagick(picture, path, row->coder, dpi);
 }

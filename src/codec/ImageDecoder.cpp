@@ -1,18 +1,18 @@
-#include "view/ImageDecoder.h"
+#include "codec/ImageDecoder.h"
 
 #include <QFileInfo>
 
 #include <QFile>
 #include <QImageReader>
 #include <QSet>
-#include <QtEndian>
 
 #include <cmath>
 #include <mutex>
 #include <optional>
 
-#include "view/DecodeLimits.h"
-#include "view/DecoderBackends.h"
+#include "codec/DecodeLimits.h"
+#include "codec/DecoderBackends.h"
+#include "codec/FormatRegistry.h"
 
 namespace DecoderBackends {
 
@@ -72,163 +72,17 @@ void setQtAllocationLimit() {
                    [] { QImageReader::setAllocationLimit(DecodeLimits::kAllocationLimitMB); });
 }
 
-struct Dpi {
-    double x = 0;
-    double y = 0;
-};
-
-// The resolution a PNG records in its pHYs chunk (pixels per metre), read without decoding:
-// chunks are walked by their length fields up to the first image data.
-std::optional<Dpi> pngDpi(QFile& file) {
-    if (!file.seek(8))
-        return std::nullopt;
-    for (int chunks = 0; chunks < 10000; ++chunks) {
-        uchar head[8];
-        if (file.read(reinterpret_cast<char*>(head), 8) != 8)
-            return std::nullopt;
-        const quint32 length = qFromBigEndian<quint32>(head);
-        const QByteArray type(reinterpret_cast<const char*>(head + 4), 4);
-        if (type == "IDAT" || type == "IEND")
-            return std::nullopt;
-        if (type == "pHYs" && length == 9) {
-            uchar body[9];
-            if (file.read(reinterpret_cast<char*>(body), 9) != 9 || body[8] != 1)
-                return std::nullopt; // unit 0 gives only the aspect ratio
-            return Dpi{qFromBigEndian<quint32>(body) * 0.0254,
-                       qFromBigEndian<quint32>(body + 4) * 0.0254};
-        }
-        if (!file.seek(file.pos() + qint64(length) + 4))
-            return std::nullopt;
-    }
-    return std::nullopt;
-}
-
-// The density of a JPEG's JFIF segment (dots per inch or per centimetre); the markers are
-// walked by their lengths up to the start of the scan.
-std::optional<Dpi> jpegDpi(QFile& file) {
-    if (!file.seek(2))
-        return std::nullopt;
-    for (int segments = 0; segments < 1000; ++segments) {
-        uchar marker[4];
-        if (file.read(reinterpret_cast<char*>(marker), 4) != 4 || marker[0] != 0xFF)
-            return std::nullopt;
-        if (marker[1] == 0xDA || marker[1] == 0xD9)
-            return std::nullopt;
-        const int length = qFromBigEndian<quint16>(marker + 2);
-        if (length < 2)
-            return std::nullopt;
-        const qint64 next = file.pos() + length - 2;
-        if (marker[1] == 0xE0 && length >= 16) {
-            uchar app0[12];
-            if (file.read(reinterpret_cast<char*>(app0), 12) != 12)
-                return std::nullopt;
-            if (QByteArray(reinterpret_cast<const char*>(app0), 5) == QByteArray("JFIF", 5)) {
-                const int unit = app0[7];
-                const double x = qFromBigEndian<quint16>(app0 + 8),
-                             y = qFromBigEndian<quint16>(app0 + 10);
-                if (unit == 1)
-                    return Dpi{x, y};
-                if (unit == 2)
-                    return Dpi{x * 2.54, y * 2.54};
-                return std::nullopt;
-            }
-        }
-        if (!file.seek(next))
-            return std::nullopt;
-    }
-    return std::nullopt;
-}
-
-// The resolution in a BMP's info header (pixels per metre); the old 12-byte core header has
-// none.
-std::optional<Dpi> bmpDpi(QFile& file) {
-    uchar head[46];
-    if (file.read(reinterpret_cast<char*>(head), 46) != 46 || head[0] != 'B' || head[1] != 'M')
-        return std::nullopt;
-    if (qFromLittleEndian<quint32>(head + 14) < 40)
-        return std::nullopt;
-    const qint32 x = qFromLittleEndian<qint32>(head + 38);
-    const qint32 y = qFromLittleEndian<qint32>(head + 42);
-    if (x <= 0 || y <= 0)
-        return std::nullopt;
-    return Dpi{x * 0.0254, y * 0.0254};
-}
-
-// The X and Y resolution of a TIFF's first image and their unit (inch unless it says
-// centimetre; "no unit" gives only the aspect ratio), read from its first directory.
-std::optional<Dpi> tiffDpi(QFile& file) {
-    uchar head[8];
-    if (file.read(reinterpret_cast<char*>(head), 8) != 8)
-        return std::nullopt;
-    const bool little = head[0] == 'I' && head[1] == 'I';
-    if (!little && !(head[0] == 'M' && head[1] == 'M'))
-        return std::nullopt;
-    auto u16 = [little](const uchar* p) {
-        return little ? qFromLittleEndian<quint16>(p) : qFromBigEndian<quint16>(p);
-    };
-    auto u32 = [little](const uchar* p) {
-        return little ? qFromLittleEndian<quint32>(p) : qFromBigEndian<quint32>(p);
-    };
-    if (u16(head + 2) != 42 || !file.seek(u32(head + 4)))
-        return std::nullopt;
-    uchar countBytes[2];
-    if (file.read(reinterpret_cast<char*>(countBytes), 2) != 2)
-        return std::nullopt;
-    const int count = u16(countBytes);
-    const QByteArray entries = file.read(qint64(count) * 12);
-    if (entries.size() != qint64(count) * 12)
-        return std::nullopt;
-    auto rational = [&](const uchar* entry) -> double {
-        if (u16(entry + 2) != 5 || u32(entry + 4) != 1 || !file.seek(u32(entry + 8)))
-            return 0.0;
-        uchar value[8];
-        if (file.read(reinterpret_cast<char*>(value), 8) != 8 || u32(value + 4) == 0)
-            return 0.0;
-        return double(u32(value)) / double(u32(value + 4));
-    };
-    double x = 0, y = 0;
-    int unit = 2; // inch, when the file names none
-    for (int i = 0; i < count; ++i) {
-        const auto* entry = reinterpret_cast<const uchar*>(entries.constData()) + i * 12;
-        switch (u16(entry)) {
-        case 282:
-            x = rational(entry);
-            break;
-        case 283:
-            y = rational(entry);
-            break;
-        case 296:
-            unit = u16(entry + 8);
-            break;
-        default:
-            break;
-        }
-    }
-    if (!(x > 0) || !(y > 0) || (unit != 2 && unit != 3))
-        return std::nullopt;
-    return unit == 3 ? Dpi{x * 2.54, y * 2.54} : Dpi{x, y};
-}
-
-// The resolution a file records, read from its header for the formats that have one; the
-// others are taken from the decoded image.
+// The resolution a file records, read from its header for the formats whose row has a header
+// reader; `known` tells whether the format has one (the others are taken from the decode).
 std::optional<Dpi> headerDpi(const QString& path, const QByteArray& format, bool* known) {
-    using Reader = std::optional<Dpi> (*)(QFile&);
-    Reader reader = nullptr;
-    if (format == "png")
-        reader = pngDpi;
-    else if (format == "jpeg")
-        reader = jpegDpi;
-    else if (format == "bmp")
-        reader = bmpDpi;
-    else if (format == "tiff")
-        reader = tiffDpi;
-    *known = reader != nullptr;
-    if (!reader)
+    const FormatRow* row = FormatRegistry::rowForQtReader(format);
+    *known = row && row->headerDpi;
+    if (!*known)
         return std::nullopt;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    return reader(file);
+    return row->headerDpi(file);
 }
 
 enum class Outcome { NotMine, Refused, Failed, Done };

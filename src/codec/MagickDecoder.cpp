@@ -4,64 +4,28 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QSet>
 
+#include <algorithm>
 #include <exception>
 
-#include "view/DecoderBackends.h"
-#include "view/MagickSupport.h"
+#include "codec/DecodeLimits.h"
+#include "codec/DecoderBackends.h"
+#include "codec/FormatRegistry.h"
+#include "codec/MagickSupport.h"
 
 namespace {
 
-// Magick coder names whose usual file-name extensions differ from the name; an empty list
-// marks a variant of another coder that has no extension of its own.
-const QHash<QString, QStringList>& extensionsOfCoder() {
-    static const QHash<QString, QStringList> map = {
-        {"JPEG", {"jpg", "jpeg", "jpe"}},
-        {"JPG", {}},
-        {"JPE", {}},
-        {"PJPEG", {}},
-        {"JPS", {}},
-        {"TIFF", {"tif", "tiff"}},
-        {"TIFF64", {}},
-        {"PTIF", {}},
-        {"PICT", {"pict", "pct", "pic"}},
-        {"PCT", {}},
-        {"MAC", {"mac", "pntg"}},
-        {"ICON", {"ico"}},
-        {"PNG00", {}},
-        {"PNG8", {}},
-        {"PNG24", {}},
-        {"PNG32", {}},
-        {"PNG48", {}},
-        {"PNG64", {}},
-        {"GIF87", {}},
-        {"BMP2", {}},
-        {"BMP3", {}},
-        {"DXT1", {}},
-        {"DXT5", {}},
-        {"PCDS", {}},
-        {"SIXEL", {"six", "sixel"}},
-        {"SIX", {}},
-        {"FITS", {"fits", "fts"}},
-        {"FTS", {}},
-        {"CALS", {"cal", "cals"}},
-        {"CAL", {}},
-        {"WMZ", {}},
-        {"SVGZ", {}},
-        {"XV", {}},
-        {"VDA", {}},
-        {"PSB", {"psb"}},
-    };
-    return map;
-}
-
 // Coders that make pictures out of text, fonts or built-in patterns rather than read an image
 // file; a viewer must not offer them for arbitrary files.
+//
+// Nor is TIFF read here, in any of its variants: Magick's TIFF module installs process-wide
+// libtiff handlers that report into the exception of its last read, which is gone by the time
+// Qt's TIFF reader (the one TIFF path of this program) raises a warning on the same thread.
 bool isPseudoCoder(const char* module) {
-    static const QSet<QString> modules = {"TXT",  "CAPTION", "PANGO", "PATTERN", "MAGICK", "CLIP",
-                                          "MASK", "TTF",     "PS",    "PDF",     "EPT",    "XPS"};
+    static const QSet<QString> modules = {"TXT",  "CAPTION", "PANGO", "PATTERN", "MAGICK",
+                                          "CLIP", "MASK",    "TTF",   "PS",      "PDF",
+                                          "EPT",  "XPS",     "TIFF"};
     return modules.contains(QString::fromLatin1(module));
 }
 
@@ -85,47 +49,74 @@ bool usableCoderName(const std::string& name) {
 // The coder to name for a file: its suffix when that is a coder usable here, else none (the
 // content then decides).
 std::string coderForSuffix(const QString& path) {
-    const QString suffix = QFileInfo(path).suffix().toUpper();
+    const QString suffix = QFileInfo(path).suffix().toLower();
     if (suffix.isEmpty())
         return {};
-    for (auto it = extensionsOfCoder().cbegin(); it != extensionsOfCoder().cend(); ++it)
-        if (it.value().contains(suffix.toLower()))
-            return it.key().toStdString();
-    const std::string name = suffix.toStdString();
+    const QByteArray listed = FormatRegistry::magickCoderForSuffix(suffix);
+    const std::string name =
+        listed.isEmpty() ? suffix.toUpper().toStdString() : listed.toStdString();
     return usableCoderName(name) ? name : std::string();
 }
 
 // Reads the file's header (ping) or whole picture (read) from memory: a path handed to Magick
 // would be parsed for format prefixes and frame ranges ("x:", "[0]").
+// Reads the picture (or, with `pixels` false, only its header) from `data`, naming `coder`
+// when it is not empty. The bytes stay where they are (a mapped file): Magick++'s own blob would
+// copy them. Warnings (a truncated tail) are not failures; errors are.
+MagickCore::Image* readBlob(const uchar* data, size_t size, const std::string& coder, bool pixels) {
+    MagickCore::ImageInfo* info = MagickCore::AcquireImageInfo();
+    MagickCore::ExceptionInfo* exception = MagickCore::AcquireExceptionInfo();
+    info->number_scenes = 1; // the first frame only
+    if (!coder.empty()) {
+        MagickCore::FormatLocaleString(info->filename, MagickPathExtent, "%s:", coder.c_str());
+        MagickCore::SetImageInfo(info, 1, exception);
+    }
+    MagickCore::Image* image = pixels ? MagickCore::BlobToImage(info, data, size, exception)
+                                      : MagickCore::PingBlob(info, data, size, exception);
+    if (image && exception->severity >= MagickCore::ErrorException)
+        image = MagickCore::DestroyImageList(image);
+    MagickCore::DestroyExceptionInfo(exception);
+    MagickCore::DestroyImageInfo(info);
+    useOwnTiffHandlers();
+    return image;
+}
+
+// Reads the file's header (ping) or whole picture (read) from a mapping of the file: a path
+// handed to Magick would be parsed for format prefixes and frame ranges ("x:", "[0]"), and a
+// mapping reads from disk only the pages a coder looks at. A file larger than any picture within
+// the limits can be is refused before anything is read.
 bool load(const QString& path, Magick::Image& image, bool pixels) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() <= 0)
+    if (!file.open(QIODevice::ReadOnly) || file.size() <= 0 ||
+        file.size() > DecodeLimits::kMaxFileBytes)
         return false;
-    const QByteArray data = file.readAll();
-    // A file whose signature names a coder not used here (PostScript, EPS, PDF, text) is not
-    // handed to Magick at all.
+    const uchar* data = file.map(0, file.size());
+    if (!data)
+        return false;
+    const auto size = size_t(file.size());
+    // A file whose signature names a coder not used here (PostScript, EPS, PDF, text, TIFF) is
+    // not handed to Magick at all.
     char detected[MagickPathExtent] = {};
-    if (MagickCore::GetImageMagick(reinterpret_cast<const unsigned char*>(data.constData()),
-                                   size_t(qMin<qsizetype>(data.size(), 8192)), detected) &&
+    if (MagickCore::GetImageMagick(data, std::min<size_t>(size, 8192), detected) &&
         !usableCoderName(detected))
         return false;
-    const Magick::Blob blob(data.constData(), size_t(data.size()));
-    image.quiet(true); // warnings (a truncated tail) are not failures
-    image.subRange(1);
     auto attempt = [&](const std::string& coder) {
         try {
-            Magick::Image candidate;
-            candidate.quiet(true);
-            candidate.subRange(1);
-            if (!coder.empty())
-                candidate.magick(coder);
-            candidate.ping(blob);
+            MagickCore::Image* header = readBlob(data, size, coder, false);
+            if (!header)
+                return false;
+            Magick::Image candidate(header);
             if (!usableCoderName(candidate.magick()) ||
                 !DecoderBackends::withinLimits(candidate.columns(), candidate.rows()))
                 return false;
-            if (pixels)
-                candidate.read(blob);
+            if (pixels) {
+                MagickCore::Image* full = readBlob(data, size, coder, true);
+                if (!full)
+                    return false;
+                candidate = Magick::Image(full);
+            }
             image = candidate;
+            image.quiet(true); // warnings from later steps (orienting, colour) are no failures
             return image.columns() > 0 && image.rows() > 0;
         } catch (const std::exception&) {
             return false;
@@ -168,12 +159,7 @@ QStringList magickSuffixes() {
     for (size_t i = 0; i < count; ++i) {
         if (!usableCoder(infos[i]))
             continue;
-        const QString name = QString::fromLatin1(infos[i]->name);
-        const auto mapped = extensionsOfCoder().constFind(name);
-        if (mapped != extensionsOfCoder().cend())
-            suffixes += mapped.value();
-        else
-            suffixes += name.toLower();
+        suffixes += FormatRegistry::suffixesOfMagickCoder(infos[i]->name);
     }
     MagickCore::RelinquishMagickMemory(infos);
     return suffixes;

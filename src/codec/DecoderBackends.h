@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-#include "view/ImageDecoder.h"
+#include "codec/ImageDecoder.h"
 
 namespace DecoderBackends {
 

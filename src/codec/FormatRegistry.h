@@ -1,0 +1,122 @@
+#pragma once
+
+#include <QByteArrayView>
+#include <QStringList>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "codec/HeaderReaders.h"
+
+// Everything the program knows of an image format, one row a format: the code it is offered
+// and saved under, the encoder that writes it, whether its pictures keep transparency, the
+// file-name suffixes it is read under, which reader reads it and how its header gives the
+// resolution. The output-format table, the writers' dispatch and the readable-types list are
+// all derived from these rows; adding a format means adding a row and its reader or writer.
+
+// A four-character code as a big-endian 32-bit number ('JPEG', '.SGI').
+constexpr uint32_t fourCharCode(const char (&code)[5]) {
+    return (uint32_t(uint8_t(code[0])) << 24) | (uint32_t(uint8_t(code[1])) << 16) |
+           (uint32_t(uint8_t(code[2])) << 8) | uint32_t(uint8_t(code[3]));
+}
+
+enum class Encoder {
+    None,   // not written on this platform (yet)
+    Qt,     // QImageWriter, by `coder` as Qt's format name
+    Magick, // Magick++, by `coder` as Magick's coder name
+    Pdf,    // the program's PDF writer
+    Eps,    // the program's EPS writer
+};
+
+using HeaderDpiReader = std::optional<Dpi> (*)(QIODevice&);
+
+struct FormatRow {
+    const char* code; // output code, exactly four characters ("GIF "); nullptr: read only
+    uint32_t subtype; // the encoder's subtype ('.SGI' for "SGI "); 0 for none
+    Encoder encoder;
+    const char* coder;         // encoder name for Qt or Magick; nullptr for the others
+    const char* extension;     // output extension; nullptr: the code itself, blank included
+    bool keepsTransparency;    // uncovered parts of the bitmap stay transparent
+    const char* suffixes;      // file-name suffixes it is read under, lower case, blank-separated
+    const char* qtReader;      // Qt's name for it when Qt reads it ("jpeg"), else nullptr
+    const char* magickCoders;  // Magick coders that read it ("JPEG JPG PJPEG"), else nullptr
+    HeaderDpiReader headerDpi; // resolution from the header alone; nullptr: from the decode
+};
+
+namespace FormatRegistry {
+
+using namespace HeaderReaders;
+constexpr Encoder kQt = Encoder::Qt;
+constexpr Encoder kMagick = Encoder::Magick;
+constexpr Encoder kNone = Encoder::None;
+
+// clang-format off
+inline constexpr FormatRow kRows[] = {
+  // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header
+  {"MooV", fourCharCode("MooV"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
+  {"PICS", fourCharCode("PICS"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
+  {"SGI ", fourCharCode(".SGI"), kMagick, "SGI",   nullptr, true,  "sgi",                nullptr, "SGI",                      nullptr},
+  {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr},
+  {"BMPf", fourCharCode("BMPf"), kQt,     "bmp",   nullptr, false, "bmp dib",            "bmp",   "BMP BMP2 BMP3",            bmpDpi},
+  {"FPix", fourCharCode("FPix"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
+  {"GIF ", fourCharCode("GIF "), kMagick, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr},
+  {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi},
+  {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi},
+  {"PNTG", fourCharCode("PNTG"), kNone,   nullptr, nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr},
+  {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi},
+  {"TPIC", fourCharCode("TPIC"), kMagick, "TGA",   nullptr, false, "tga",                "tga",   "TGA",                      nullptr},
+  {"qdgx", fourCharCode("qdgx"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
+  {"qtif", fourCharCode("qtif"), kNone,   nullptr, nullptr, true,  "",                   nullptr, nullptr,                    nullptr},
+  {"FLC ", fourCharCode("FLC "), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
+  {"SWFL", fourCharCode("SWFL"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
+  {"PDF ", 0,                    Encoder::Pdf, nullptr, "pdf", false, "pdf",             nullptr, nullptr,                    nullptr},
+  {"EPS ", 0,                    Encoder::Eps, nullptr, "eps", false, "",                nullptr, nullptr,                    nullptr},
+  // Read only: formats whose Magick coders go by other names than their files' suffixes.
+  {nullptr, 0, kNone, nullptr, nullptr, false, "pict pct pic",  nullptr, "PICT PCT",      nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "ico",           "ico",   "ICON",          nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "six sixel",     nullptr, "SIXEL SIX",     nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "fits fts",      nullptr, "FITS FTS",      nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "cal cals",      nullptr, "CALS CAL",      nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "psb",           nullptr, "PSB",           nullptr},
+  // Variants of coders above, or containers of other coders, with no suffix of their own.
+  {nullptr, 0, kNone, nullptr, nullptr, false, "",              nullptr, "DXT1 DXT5 PCDS WMZ SVGZ XV VDA", nullptr},
+};
+// clang-format on
+
+// The output-format table, in the order of its indices 0 to 18. Entry 14 repeats entry 1:
+// both are "PICS", and the first match wins wherever a code is looked up.
+inline constexpr std::string_view kOutputOrder[] = {
+    "MooV", "PICS", "SGI ", "8BPS", "BMPf", "FPix", "GIF ", "JPEG", "PNGf", "PNTG",
+    "TIFF", "TPIC", "qdgx", "qtif", "PICS", "FLC ", "SWFL", "PDF ", "EPS "};
+inline constexpr int kOutputCount = int(std::size(kOutputOrder));
+
+constexpr const FormatRow& rowForCode(std::string_view code) {
+    for (const FormatRow& row : kRows)
+        if (row.code && std::string_view(row.code) == code)
+            return row;
+    throw "no row has this code"; // a compile-time error where used in a constant expression
+}
+
+// The row of output-table entry `index` (0 to 18).
+constexpr const FormatRow& outputRow(int index) {
+    return rowForCode(kOutputOrder[index]);
+}
+
+// The row whose encoder has the subtype, or nullptr.
+const FormatRow* rowForSubtype(uint32_t subtype);
+
+// The row of Qt's reader name ("jpeg"), or nullptr.
+const FormatRow* rowForQtReader(QByteArrayView name);
+
+// The suffixes a Magick coder's files are read under: its row's suffixes, none for a variant
+// listed without suffixes, and the coder's own name in lower case for a coder of no row.
+QStringList suffixesOfMagickCoder(QByteArrayView coder);
+
+// The coder to name for a file suffix (lower case) when the content alone does not tell
+// (MacPaint, Targa, PICT have no signature): the first Magick coder of its row, or empty.
+QByteArray magickCoderForSuffix(const QString& suffix);
+
+} // namespace FormatRegistry

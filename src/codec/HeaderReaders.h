@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QIODevice>
+
+#include <optional>
+
+// Resolution readers that look only at a file's header, never at its pixels. Each takes a
+// device positioned anywhere (it seeks itself) and gives the dots per inch the file records, or
+// nothing when it records none (or only an aspect ratio). Hostile input gives nothing; no
+// reader reads more than a bounded number of bytes.
+
+struct Dpi {
+    double x = 0;
+    double y = 0;
+};
+
+namespace HeaderReaders {
+
+std::optional<Dpi> pngDpi(QIODevice& file);  // pHYs chunk, up to the first image data
+std::optional<Dpi> jpegDpi(QIODevice& file); // JFIF density, else the EXIF resolution
+std::optional<Dpi> bmpDpi(QIODevice& file);  // info header (the old core header has none)
+std::optional<Dpi> tiffDpi(QIODevice& file); // first directory's X/Y resolution and unit
+
+} // namespace HeaderReaders

@@ -1,0 +1,11 @@
+#pragma once
+
+// Magick++ must be initialised once before any thread uses it, with its resource limits set
+// from DecodeLimits.h. Every user of Magick++ calls this first; it is cheap after the first call
+// and safe from any thread. It loads every coder module and then puts the program's own libtiff
+// handlers in place (see useOwnTiffHandlers).
+void ensureMagickInitialised();
+
+// Installs the program's libtiff error and warning handlers, replacing whatever a library put
+// there. Called after Magick++ has initialised and after every Magick read.
+void useOwnTiffHandlers();

@@ -115,8 +115,17 @@ bool readFolder(const QByteArray& folder, QStringList& names) {
             struct stat st {};
             isFolder = ::stat(entryPath.constData(), &st) == 0 && S_ISDIR(st.st_mode);
         }
-        if (!isFolder)
-            names.append(QFile::decodeName(name));
+        if (isFolder)
+            continue;
+        // A name that is not valid in the file-name encoding would come back as other bytes
+        // and name no file; it is left out (with a word) rather than stop every walk there.
+        const QString decoded = QFile::decodeName(name);
+        if (QFile::encodeName(decoded) != QByteArrayView(name)) {
+            qWarning("Ormidon: skipping a file name that is not valid text: %s/%s",
+                     folder.constData(), name);
+            continue;
+        }
+        names.append(decoded);
     }
     return true;
 }
@@ -229,9 +238,15 @@ bool goToFile(int32_t step, QString& path) {
     if (folder.isEmpty())
         return false;
 
-    // A folder is never a step's origin; a file that no longer exists is in no listing.
+    // A folder is never a step's origin; a file that no longer exists is in no listing. A link
+    // that leads nowhere (dangling, a loop) is still an entry to step on from.
+    const QByteArray encoded = QFile::encodeName(path);
     struct stat st {};
-    if (::stat(QFile::encodeName(path).constData(), &st) != 0 || S_ISDIR(st.st_mode))
+    if (::lstat(encoded.constData(), &st) != 0)
+        return false;
+    if (S_ISLNK(st.st_mode) && ::stat(encoded.constData(), &st) == 0 && S_ISDIR(st.st_mode))
+        return false;
+    if (S_ISDIR(st.st_mode))
         return false;
 
     const ListingPtr listing = listingCache().listing(folder);

@@ -3,13 +3,30 @@
 #include "browse/FolderIndex.h"
 #include "browse/ImageFileTest.h"
 
+#include <QFile>
+
+#include <sys/stat.h>
+
+namespace {
+
+// An entry is stepped on only when its name is an image type and it leads to a regular file:
+// a dangling link, a link loop, a pipe or a device named like an image is passed over.
+bool isImageEntry(const QString& path, const QStringList& types) {
+    if (!IsImageFile(path, types))
+        return false;
+    struct stat st {};
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 && S_ISREG(st.st_mode);
+}
+
+} // namespace
+
 bool findImageFile(int32_t step, QString& path, const QStringList& types) {
     // A loop, not a recursion: thousands of non-images in a row must not exhaust the stack of
     // a worker thread.
     for (;;) {
         if (!goToFile(step, path))
             return false;
-        if (IsImageFile(path, types))
+        if (isImageEntry(path, types))
             return true;
         // First and last always reach the same entry again: a non-image there ends the walk.
         if (step != kStepPrevious && step != kStepNext)
@@ -20,7 +37,7 @@ bool findImageFile(int32_t step, QString& path, const QStringList& types) {
 bool findFirstImageFile(QString& path, const QStringList& types) {
     if (!goToFile(kStepFirst, path))
         return false;
-    if (IsImageFile(path, types))
+    if (isImageEntry(path, types))
         return true;
     return findImageFile(kStepNext, path, types);
 }

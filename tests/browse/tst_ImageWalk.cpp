@@ -7,6 +7,8 @@
 #include "BrowseTestFiles.h"
 
 #include <QTemporaryDir>
+#include <cstdio>
+#include <unistd.h>
 #include <QtTest>
 
 using namespace BrowseTestFiles;
@@ -32,6 +34,36 @@ private slots:
         // From a non-image the walk goes on in the step's direction.
         path = notes;
         QVERIFY(findImageFile(101, path, types));
+        QCOMPARE(path, a);
+    }
+
+    // Links that lead nowhere and names that are not valid text neither stop the walk nor are
+    // reached: every image after them still is, in both directions.
+    void badEntriesAreSkippedAndTheWalkGoesOn() {
+        QTemporaryDir dir;
+        const QString a = writeImage(dir.path(), "a.png");
+        QVERIFY(QFile::link(dir.path() + "/nowhere.png", dir.path() + "/b-dangling.png"));
+        QVERIFY(::symlink("c-loop.png", QFile::encodeName(dir.path() + "/c-loop.png")) == 0);
+        const QByteArray invalid = QFile::encodeName(dir.path()) + QByteArray("/d-\xff\xfe.png");
+        FILE* f = ::fopen(invalid.constData(), "w");
+        QVERIFY(f);
+        ::fclose(f);
+        const QString e = writeImage(dir.path(), "e.png");
+
+        QString path = a;
+        QVERIFY(findImageFile(102, path, types));
+        QCOMPARE(path, e);
+        QVERIFY(findImageFile(101, path, types));
+        QCOMPARE(path, a);
+        // From a dangling link the walk goes on as from any other entry.
+        path = dir.path() + "/b-dangling.png";
+        QVERIFY(findImageFile(102, path, types));
+        QCOMPARE(path, e);
+        path = dir.path() + "/c-loop.png";
+        QVERIFY(findImageFile(101, path, types));
+        QCOMPARE(path, a);
+        path = dir.path() + "/b-dangling.png";
+        QVERIFY(findFirstImageFile(path, types));
         QCOMPARE(path, a);
     }
 

@@ -32,6 +32,7 @@ enum class Encoder {
 };
 
 using HeaderDpiReader = std::optional<Dpi> (*)(QIODevice&);
+using HeaderCheck = bool (*)(QIODevice&);
 
 struct FormatRow {
     const char* code; // output code, exactly four characters ("GIF "); nullptr: read only
@@ -44,6 +45,7 @@ struct FormatRow {
     const char* qtReader;      // Qt's name for it when Qt reads it ("jpeg"), else nullptr
     const char* magickCoders;  // Magick coders that read it ("JPEG JPG PJPEG"), else nullptr
     HeaderDpiReader headerDpi; // resolution from the header alone; nullptr: from the decode
+    HeaderCheck headerCheck;   // false for a header too costly to parse; nullptr: no check
 };
 
 namespace FormatRegistry {
@@ -56,33 +58,33 @@ constexpr Encoder kNone = Encoder::None;
 // clang-format off
 inline constexpr FormatRow kRows[] = {
   // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header
-  {"MooV", fourCharCode("MooV"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
-  {"PICS", fourCharCode("PICS"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
-  {"SGI ", fourCharCode(".SGI"), kMagick, "SGI",   nullptr, true,  "sgi",                nullptr, "SGI",                      nullptr},
-  {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr},
-  {"BMPf", fourCharCode("BMPf"), kQt,     "bmp",   nullptr, false, "bmp dib",            "bmp",   "BMP BMP2 BMP3",            bmpDpi},
-  {"FPix", fourCharCode("FPix"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
-  {"GIF ", fourCharCode("GIF "), kMagick, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr},
-  {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi},
-  {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi},
-  {"PNTG", fourCharCode("PNTG"), kNone,   nullptr, nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr},
-  {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi},
-  {"TPIC", fourCharCode("TPIC"), kMagick, "TGA",   nullptr, false, "tga",                "tga",   "TGA",                      nullptr},
-  {"qdgx", fourCharCode("qdgx"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
-  {"qtif", fourCharCode("qtif"), kNone,   nullptr, nullptr, true,  "",                   nullptr, nullptr,                    nullptr},
-  {"FLC ", fourCharCode("FLC "), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
-  {"SWFL", fourCharCode("SWFL"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr},
-  {"PDF ", 0,                    Encoder::Pdf, nullptr, "pdf", false, "pdf",             nullptr, nullptr,                    nullptr},
-  {"EPS ", 0,                    Encoder::Eps, nullptr, "eps", false, "",                nullptr, nullptr,                    nullptr},
+  {"MooV", fourCharCode("MooV"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"PICS", fourCharCode("PICS"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"SGI ", fourCharCode(".SGI"), kMagick, "SGI",   nullptr, true,  "sgi",                nullptr, "SGI",                      nullptr, nullptr},
+  {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr, nullptr},
+  {"BMPf", fourCharCode("BMPf"), kQt,     "bmp",   nullptr, false, "bmp dib",            "bmp",   "BMP BMP2 BMP3",            bmpDpi, nullptr},
+  {"FPix", fourCharCode("FPix"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"GIF ", fourCharCode("GIF "), kMagick, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr, nullptr},
+  {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget},
+  {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr},
+  {"PNTG", fourCharCode("PNTG"), kNone,   nullptr, nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},
+  {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi, nullptr},
+  {"TPIC", fourCharCode("TPIC"), kMagick, "TGA",   nullptr, false, "tga",                "tga",   "TGA",                      nullptr, nullptr},
+  {"qdgx", fourCharCode("qdgx"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"qtif", fourCharCode("qtif"), kNone,   nullptr, nullptr, true,  "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"FLC ", fourCharCode("FLC "), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"SWFL", fourCharCode("SWFL"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"PDF ", 0,                    Encoder::Pdf, nullptr, "pdf", false, "pdf",             nullptr, nullptr,                    nullptr, nullptr},
+  {"EPS ", 0,                    Encoder::Eps, nullptr, "eps", false, "",                nullptr, nullptr,                    nullptr, nullptr},
   // Read only: formats whose Magick coders go by other names than their files' suffixes.
-  {nullptr, 0, kNone, nullptr, nullptr, false, "pict pct pic",  nullptr, "PICT PCT",      nullptr},
-  {nullptr, 0, kNone, nullptr, nullptr, false, "ico",           "ico",   "ICON",          nullptr},
-  {nullptr, 0, kNone, nullptr, nullptr, false, "six sixel",     nullptr, "SIXEL SIX",     nullptr},
-  {nullptr, 0, kNone, nullptr, nullptr, false, "fits fts",      nullptr, "FITS FTS",      nullptr},
-  {nullptr, 0, kNone, nullptr, nullptr, false, "cal cals",      nullptr, "CALS CAL",      nullptr},
-  {nullptr, 0, kNone, nullptr, nullptr, false, "psb",           nullptr, "PSB",           nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "pict pct pic",  nullptr, "PICT PCT",      nullptr, nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "ico",           "ico",   "ICON",          nullptr, nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "six sixel",     nullptr, "SIXEL SIX",     nullptr, nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "fits fts",      nullptr, "FITS FTS",      nullptr, nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "cal cals",      nullptr, "CALS CAL",      nullptr, nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "psb",           nullptr, "PSB",           nullptr, nullptr},
   // Variants of coders above, or containers of other coders, with no suffix of their own.
-  {nullptr, 0, kNone, nullptr, nullptr, false, "",              nullptr, "DXT1 DXT5 PCDS WMZ SVGZ XV VDA", nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "",              nullptr, "DXT1 DXT5 PCDS WMZ SVGZ XV VDA", nullptr, nullptr},
 };
 // clang-format on
 

@@ -11,6 +11,8 @@ namespace {
 // A JPEG may carry any number of segments before its scan; a file with tens of thousands of
 // them is hostile, and the walk gives up rather than read them all.
 constexpr int kMaxJpegSegments = 1000;
+// Cameras and editors write a few dozen segments at most; a thousand is already absurd.
+constexpr int kJpegSegmentBudget = 1000;
 constexpr int kMaxPngChunks = 10000;
 
 std::optional<Dpi> inches(double x, double y) {
@@ -95,6 +97,21 @@ std::optional<Dpi> jpegDpi(QIODevice& file) {
             break;
     }
     return exif;
+}
+
+bool jpegSegmentsWithinBudget(QIODevice& file) {
+    if (!file.seek(2))
+        return true;
+    for (int segments = 0; segments <= kJpegSegmentBudget; ++segments) {
+        uchar marker[4];
+        if (file.read(reinterpret_cast<char*>(marker), 4) != 4 || marker[0] != 0xFF ||
+            marker[1] == 0xDA || marker[1] == 0xD9)
+            return true; // the scan (or the end, or damage the decoder will meet) comes first
+        const int length = qFromBigEndian<quint16>(marker + 2);
+        if (length < 2 || !file.seek(file.pos() + length - 2))
+            return true;
+    }
+    return false;
 }
 
 std::optional<Dpi> bmpDpi(QIODevice& file) {

@@ -21,4 +21,8 @@ std::optional<Dpi> jpegDpi(QIODevice& file); // JFIF density, else the EXIF reso
 std::optional<Dpi> bmpDpi(QIODevice& file);  // info header (the old core header has none)
 std::optional<Dpi> tiffDpi(QIODevice& file); // first directory's X/Y resolution and unit
 
+// Whether a JPEG's segments before its first scan are few enough to parse: a file of a few
+// kilobytes can hold tens of thousands of comment segments, each of which a decoder would keep.
+bool jpegSegmentsWithinBudget(QIODevice& file);
+
 } // namespace HeaderReaders

@@ -85,6 +85,15 @@ std::optional<Dpi> headerDpi(const QString& path, const QByteArray& format, bool
     return row->headerDpi(file);
 }
 
+// Whether the file's header is within the work budget of its format (see FormatRow::headerCheck).
+bool headerAffordable(const QString& path, const QByteArray& format) {
+    const FormatRow* row = FormatRegistry::rowForQtReader(format);
+    if (!row || !row->headerCheck)
+        return true;
+    QFile file(path);
+    return !file.open(QIODevice::ReadOnly) || row->headerCheck(file);
+}
+
 enum class Outcome { NotMine, Refused, Failed, Done };
 
 QSize orientedSize(const QImageReader& reader, QSize size) {
@@ -99,10 +108,12 @@ Outcome qtDecode(const QString& path, DecodedImage& out) {
     reader.setAutoTransform(true);
     if (!reader.canRead())
         return Outcome::NotMine;
+    const QByteArray format = reader.format();
+    if (!headerAffordable(path, format))
+        return Outcome::Refused;
     const QSize declared = reader.size();
     if (declared.isValid() && !withinLimits(declared.width(), declared.height()))
         return Outcome::Refused;
-    const QByteArray format = reader.format();
     QImage image;
     if (!reader.read(&image) || image.isNull())
         return Outcome::Failed;
@@ -129,6 +140,8 @@ Outcome qtMeasure(const QString& path, QSizeF& out) {
     reader.setAutoTransform(true);
     if (!reader.canRead())
         return Outcome::NotMine;
+    if (!headerAffordable(path, reader.format()))
+        return Outcome::Refused;
     const QSize declared = reader.size();
     if (!declared.isValid())
         return Outcome::Failed;

@@ -4,6 +4,11 @@
 
 #include <QFile>
 
+#include <QByteArrayView>
+#include <QVariant>
+
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <memory>
 
@@ -15,6 +20,61 @@ namespace {
 // The page is rendered at 150 dpi: sharp on screen and in exports up to that resolution, while
 // an A4 page stays near 9 megapixels. Larger pages get a lower resolution within the limits.
 constexpr double kRenderDpi = 150.0;
+
+// A page is a drawing, not a photograph: past this many pixels a sharper raster shows nothing
+// more on screen and costs seconds and gigabytes (a page with an enormous media box).
+constexpr double kMaxPagePixels = 64'000'000;
+
+// Time a page may take to draw before its drawing is given up; pages of ordinary documents take
+// a fraction of this. Checked by poppler between drawing operators.
+constexpr std::chrono::milliseconds kRenderBudget{1500};
+
+// How far around an image dictionary's /Subtype /Image its /Width and /Height are looked for.
+constexpr qsizetype kDictionaryReach = 2048;
+
+// The whole number after `key` in `dict` (the first occurrence), or -1.
+qint64 numberAfter(QByteArrayView dict, QByteArrayView key) {
+    const qsizetype at = dict.indexOf(key);
+    if (at < 0)
+        return -1;
+    qsizetype i = at + key.size();
+    while (i < dict.size() && (dict[i] == ' ' || dict[i] == '\n' || dict[i] == '\r'))
+        ++i;
+    qint64 value = -1;
+    for (; i < dict.size() && dict[i] >= '0' && dict[i] <= '9'; ++i) {
+        value = (value < 0 ? 0 : value) * 10 + (dict[i] - '0');
+        if (value > (qint64(1) << 40))
+            break;
+    }
+    return value;
+}
+
+// Whether the file holds an image whose dictionary claims more pixels than any decoder may
+// make. Poppler would scale every row of such an image (minutes for a 3 KB file) and cannot be
+// interrupted inside one image. Image dictionaries are plain text even in compressed files:
+// a stream object never sits inside an object stream.
+bool claimsGiantImage(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > DecodeLimits::kMaxFileBytes)
+        return true;
+    const uchar* mapped = file.map(0, file.size());
+    if (!mapped)
+        return false;
+    const QByteArrayView bytes(reinterpret_cast<const char*>(mapped), file.size());
+    for (qsizetype at = bytes.indexOf("/Image"); at >= 0; at = bytes.indexOf("/Image", at + 1)) {
+        const qsizetype from = std::max<qsizetype>(0, at - kDictionaryReach);
+        const QByteArrayView dict =
+            bytes.sliced(from, std::min<qsizetype>(bytes.size() - from, 2 * kDictionaryReach));
+        const qint64 w = numberAfter(dict, "/Width"), h = numberAfter(dict, "/Height");
+        if (w > 0 && h > 0 && !DecoderBackends::withinLimits(w, h))
+            return true;
+    }
+    return false;
+}
+
+bool pastDeadline(const QVariant& deadline) {
+    return std::chrono::steady_clock::now().time_since_epoch().count() > deadline.toLongLong();
+}
 
 std::unique_ptr<Poppler::Page> firstPage(const QString& path,
                                          std::unique_ptr<Poppler::Document>& document) {
@@ -30,8 +90,9 @@ double renderDpiFor(QSizeF points) {
     if (longest * dpi / 72.0 > DecodeLimits::kMaxSide)
         dpi = DecodeLimits::kMaxSide * 72.0 / longest;
     const double area = points.width() * points.height() * (dpi / 72.0) * (dpi / 72.0);
-    if (area > double(DecodeLimits::kMaxPixels))
-        dpi *= std::sqrt(double(DecodeLimits::kMaxPixels) / area);
+    const double budget = std::min(double(DecodeLimits::kMaxPixels), kMaxPagePixels);
+    if (area > budget)
+        dpi *= std::sqrt(budget / area);
     return dpi;
 }
 
@@ -49,6 +110,8 @@ bool looksLikePdf(const QString& path) {
 
 DecodedImage pdfDecode(const QString& path) {
     DecodedImage result;
+    if (claimsGiantImage(path))
+        return result;
     std::unique_ptr<Poppler::Document> document;
     const std::unique_ptr<Poppler::Page> page = firstPage(path, document);
     if (!page)
@@ -60,7 +123,12 @@ DecodedImage pdfDecode(const QString& path) {
     document->setRenderHint(Poppler::Document::TextAntialiasing);
     document->setPaperColor(Qt::white);
     const double dpi = renderDpiFor(points);
-    QImage pageImage = page->renderToImage(dpi, dpi);
+    const auto deadline = std::chrono::steady_clock::now() + kRenderBudget;
+    QImage pageImage = page->renderToImage(
+        dpi, dpi, -1, -1, -1, -1, Poppler::Page::Rotate0, nullptr, nullptr, pastDeadline,
+        QVariant::fromValue(qint64(deadline.time_since_epoch().count())));
+    if (std::chrono::steady_clock::now() > deadline)
+        return result; // given up half drawn: no picture rather than a partial one
     if (pageImage.isNull())
         return result;
     // A page is paper: opaque.

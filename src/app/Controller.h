@@ -146,7 +146,11 @@ public:
     void convertAllThread();
     void saveImage(const QString& source, long format);
     bool isBatchRunning() const;
-    void waitForBatch(); // lets a running batch finish its file and stop (shutdown)
+    void waitForBatch();    // lets a running batch finish its file and stop (shutdown)
+    void showOutOfMemory(); // the renderer's "Out of memory" alert, for a writer that ran out
+    // Settles an output after its writer ran (see SafeReplace) and, when nothing new could be
+    // written, tells the user without stopping anything: status line and batch summary.
+    void finishOutput(const QString& destPath, const QString& reason);
 
     // ---------------------------------------------------------------- thumbs/, about/ hooks
     void threadFillImageList();
@@ -162,6 +166,14 @@ public:
     // Off by default; the test switch --no-splash and the test suites turn it on.
     bool skipSplash = false;
 
+signals:
+    // From the batch thread, at the start of each file, after the progress bar shows its
+    // number and before it is converted.
+    void batchFileStarted(const QString& path, int position);
+    // From the thread that wrote (or failed to write) `destPath`: nothing new is there.
+    void conversionFailed(const QString& destPath, const QString& reason);
+
 private:
     QThread* batchThread = nullptr;
+    QStringList batchFailures; // GUI thread: outputs of the running batch that were not written
 };

@@ -2,26 +2,20 @@
 
 #include "codec/FormatRegistry.h"
 #include "codec/MagickSupport.h"
+#include "codec/SafeReplace.h"
 
-#include <QBuffer>
 #include <QByteArray>
-#include <QFile>
 #include <QImageWriter>
+#include <QObject>
+#include <QSaveFile>
 
 #include <Magick++.h>
 
 #include <cmath>
 #include <exception>
+#include <new>
 
-// Status codes of the raster writers. 0 is success; every failure is negative so that the
-// callers, which only look at zero or not, never mistake one for success.
 namespace {
-
-constexpr int16_t kNoEncoder = -1;      // no encoder for the subtype on this machine
-constexpr int16_t kNoPicture = -2;      // a null picture or a resolution that is no number
-constexpr int16_t kCannotOpenFile = -3; // missing folder, read-only file, not a file
-constexpr int16_t kEncoderFailed = -4;  // the encoder refused the picture (policy, size)
-constexpr int16_t kWriteFailed = -5;    // the bytes did not all reach the disk (disk full)
 
 bool qtCanWrite(const char* name) {
     return QImageWriter::supportedImageFormats().contains(QByteArray(name));
@@ -55,16 +49,15 @@ int dotsPerMetre(float dpi) {
     return int(std::lround(double(dpi) / 0.0254));
 }
 
-// Writes the bytes to the existing file at `path` (or a new one), replacing its contents. The
-// file is opened as it is, not replaced by a new one: it stays the file the flow created.
-int16_t writeBytes(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return kCannotOpenFile;
-    if (file.write(bytes) != bytes.size() || !file.flush())
-        return kWriteFailed;
-    file.close();
-    return file.error() == QFileDevice::NoError ? 0 : kWriteFailed;
+// The encoders write into a QSaveFile: a temporary file beside the output, synced to the disk
+// and renamed over it only when every byte is there. A refusing encoder, a full disk or a
+// read-only medium leaves the output path as it was.
+int16_t openOutput(QSaveFile& file) {
+    return SafeReplace::openForReplacement(file) ? 0 : kCannotOpenFile;
+}
+
+int16_t commitOutput(QSaveFile& file) {
+    return file.commit() ? 0 : kWriteFailed;
 }
 
 int16_t writeWithQt(const QImage& picture, const QString& path, const char* name, float dpi) {
@@ -74,15 +67,17 @@ int16_t writeWithQt(const QImage& picture, const QString& path, const char* name
         image.setDotsPerMeterX(dpm);
         image.setDotsPerMeterY(dpm);
     }
-    // Encoded in memory first so that a refusing encoder leaves the file as it was.
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, name);
-    if (!writer.write(image))
-        return kEncoderFailed;
-    buffer.close();
-    return writeBytes(path, bytes);
+    QSaveFile file(path);
+    if (const int16_t status = openOutput(file))
+        return status;
+    // Straight into the file: the encoders stream their rows, so no second copy of the encoded
+    // picture is held in memory.
+    QImageWriter writer(&file, name);
+    if (!writer.write(image)) {
+        file.cancelWriting();
+        return writer.error() == QImageWriter::DeviceError ? kWriteFailed : kEncoderFailed;
+    }
+    return commitOutput(file);
 }
 
 int16_t writeWithMagick(const QImage& picture, const QString& path, const char* coder, float dpi) {
@@ -91,10 +86,11 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
     // machine; Qt pads no 32-bit row, so the rows follow one another.
     if (!withinMagickLimits(picture.size()))
         return kEncoderFailed;
-    const QImage argb = picture.convertToFormat(QImage::Format_ARGB32);
-    if (argb.isNull())
-        return kNoPicture;
-    try {
+    Magick::Blob blob;
+    {
+        const QImage argb = picture.convertToFormat(QImage::Format_ARGB32);
+        if (argb.isNull())
+            return kOutOfMemory;
         Magick::Image image(size_t(argb.width()), size_t(argb.height()), "BGRA", Magick::CharPixel,
                             argb.constBits());
         image.quiet(true); // warnings are not failures
@@ -111,16 +107,19 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
             image.quantizeDither(true);
             image.quantize();
         }
-        Magick::Blob blob;
         image.write(&blob);
-        if (blob.length() == 0)
-            return kEncoderFailed;
-        return writeBytes(
-            path, QByteArray(static_cast<const char*>(blob.data()), qsizetype(blob.length())));
-    } catch (const std::exception&) {
-        // Magick::Exception (policy refusals, resource limits) and std::bad_alloc alike.
+    } // the pixels go before the file is written
+    if (blob.length() == 0)
         return kEncoderFailed;
+    QSaveFile file(path);
+    if (const int16_t status = openOutput(file))
+        return status;
+    if (file.write(static_cast<const char*>(blob.data()), qint64(blob.length())) !=
+        qint64(blob.length())) {
+        file.cancelWriting();
+        return kWriteFailed;
     }
+    return commitOutput(file);
 }
 
 } // namespace
@@ -147,6 +146,36 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
     if (path.isEmpty())
         return kCannotOpenFile;
     const FormatRow* row = FormatRegistry::rowForSubtype(subtype);
-    return row->encoder == Encoder::Qt ? writeWithQt(picture, path, row->coder, dpi)
-                                       : writeWithMagick(picture, path, row->coder, dpi);
+    try {
+        return row->encoder == Encoder::Qt ? writeWithQt(picture, path, row->coder, dpi)
+                                           : writeWithMagick(picture, path, row->coder, dpi);
+    } catch (const std::bad_alloc&) {
+        return kOutOfMemory;
+    } catch (const Magick::ErrorResourceLimit&) {
+        return kOutOfMemory;
+    } catch (const std::exception&) {
+        // Magick::Exception (policy refusals, a coder's own errors) and the like.
+        return kEncoderFailed;
+    }
+}
+
+QString writeFailureReason(int16_t status) {
+    switch (status) {
+    case 0:
+        return QString();
+    case kNoEncoder:
+        return QObject::tr("no encoder for this format");
+    case kNoPicture:
+        return QObject::tr("there is no picture to write");
+    case kCannotOpenFile:
+        return QObject::tr("the folder cannot be written to");
+    case kEncoderFailed:
+        return QObject::tr("the encoder refused the picture");
+    case kWriteFailed:
+        return QObject::tr("not every byte reached the disk (is it full or read-only?)");
+    case kOutOfMemory:
+        return QObject::tr("there is not enough memory");
+    default:
+        return QObject::tr("error %1").arg(status);
+    }
 }

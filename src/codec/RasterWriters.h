@@ -7,10 +7,24 @@
 // One encoder per raster subtype of the format table: BMPf, JPEG, PNGf and TIFF through Qt's
 // writers; 'GIF ', '8BPS' (Photoshop), '.SGI' and 'TPIC' (Targa) through Magick++.
 
+// Status codes of the raster writers. 0 is success; every failure is negative so that the
+// callers, which only look at zero or not, never mistake one for success.
+constexpr int16_t kNoEncoder = -1;      // no encoder for the subtype on this machine
+constexpr int16_t kNoPicture = -2;      // a null picture or a resolution that is no number
+constexpr int16_t kCannotOpenFile = -3; // missing folder, read-only folder, not a file
+constexpr int16_t kEncoderFailed = -4;  // the encoder refused the picture (policy, size)
+constexpr int16_t kWriteFailed = -5;    // the bytes did not all reach the disk (disk full)
+constexpr int16_t kOutOfMemory = -6;    // the encoder's buffers could not be had
+
 // Whether an encoder for the subtype exists on this machine.
 bool rasterWriterExists(uint32_t subtype);
 
 // Opens the encoder for `subtype`, gives it the picture, the output file and the resolution
 // (recorded where the format has a field for it), writes and closes. 0 on success, non-zero
-// otherwise (no encoder, no file, the encoder failed). Safe to call from any thread.
+// otherwise (no encoder, no file, the encoder failed). The file at `path` is replaced only by a
+// complete new one (written beside it and renamed); on failure it stays as it was. No exception
+// escapes. Safe to call from any thread.
 int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi);
+
+// A short text for a writer's status, for the user ("the encoder refused the picture").
+QString writeFailureReason(int16_t status);

@@ -7,7 +7,10 @@
 #include "app/GuiThread.h"
 #include "app/TextNumbers.h"
 #include "browse/FolderIndex.h"
-#include "export/BatchHook.h"
+#include "browse/ImageWalk.h"
+#include "codec/RasterWriters.h"
+#include "codec/SafeReplace.h"
+#include "export/ConversionJob.h"
 #include "export/FormatTable.h"
 #include "view/RotationGeometry.h"
 #include "view/wmfImageView.h"
@@ -17,13 +20,19 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QSaveFile>
+#include <QStatusBar>
 #include <QThread>
+
+#include <QFileInfo>
 
 #include <functional>
 #include <future>
 #include <system_error>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -106,9 +115,9 @@ void writeViewDocument(Controller& c, const QString& source, const QString& dest
         bytes = format == kEpsFormat ? view->dataWithEPSInsideRect(area)
                                      : view->dataWithPDFInsideRect(area);
     if (!bytes.isEmpty() && !dest.isEmpty()) {
-        QFile file(dest);
-        if (file.open(QIODevice::WriteOnly))
-            file.write(bytes);
+        QSaveFile file(dest); // appears only complete
+        if (SafeReplace::openForReplacement(file) && file.write(bytes) == bytes.size())
+            file.commit();
     }
 
     if (!source.isEmpty())
@@ -127,49 +136,112 @@ void Controller::convert(QObject* /*sender*/) {
     saveImage(QString(), format);
 }
 
+namespace {
+
+// Takes the file's snapshot: the settings now, and the source's pixels and bounds, read before
+// the output path is settled: the output may be the source itself, and a Yes moves it aside.
+ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds) {
+    ConversionJob job;
+    job.source = src;
+    std::tie(job.dpi, job.degrees) = onGuiThread([&c] {
+        const float resolution =
+            c.itsDpiCombo ? leadingFloatValue(c.itsDpiCombo->currentText()) : 72.0f;
+        return std::pair<float, int>(resolution, c.getRotation());
+    });
+    bounds = QRectF(0, 0, 0, 0);
+    if (!c.IsImageFile(src))
+        return job;
+    try {
+        job.decoded = ImageDecoder::decode(src);
+    } catch (const std::bad_alloc&) {
+        job.decoded = DecodedImage{};
+    }
+    // Pixels that cannot be decoded have no size to convert at: nothing is drawn for them,
+    // whatever their header claims.
+    if (job.decoded.ok) {
+        bounds = c.getImageBounds(src);
+        if (bounds.isEmpty())
+            bounds = QRectF(QPointF(0, 0), job.decoded.pointSize);
+    }
+    return job;
+}
+
+} // namespace
+
 void Controller::saveImage(const QString& source, long format) {
     if (format < 0 || format >= kFormatCount)
         return;
 
-    // The question and the empty output file come before anything else is looked at.
-    const QString dest = findDestination(source, int(format), 0);
-
     QString src = source;
     if (src.isEmpty())
         src = onGuiThread([this] { return itsWmfView ? itsWmfView->wmfPath() : QString(); });
-    if (!IsImageFile(src))
-        return;
-    // Skip: the old file stays and nothing is drawn for it.
-    if (dest.isEmpty())
+    // No picture is shown (none was opened, or the last open failed): there is nothing to
+    // convert, and no output is made for nothing.
+    if (src.isEmpty())
         return;
 
-    const QRectF bounds = getImageBounds(src);
+    QRectF bounds;
+    ConversionJob job = startJob(*this, src, bounds);
+    const ScopedConversionJob current(job);
+
+    // The question and the empty output file come before anything is drawn or written.
+    const QString dest = findDestination(source, int(format), 0);
+    if (dest.isEmpty())
+        return; // Skip: the old file stays and nothing is drawn for it
+    if (!IsImageFile(src)) {
+        SafeReplace::settle(dest); // a replaced file comes back; nothing was written
+        return;
+    }
+    if (!job.decoded.ok) {
+        finishOutput(dest, tr("%1 could not be read").arg(QFileInfo(src).fileName()));
+        return;
+    }
 
     if (format == kPdfFormat) {
         createPDFFile(src, dest, bounds);
+        finishOutput(dest, tr("the PDF could not be written"));
         return;
     }
     if (format == kEpsFormat) {
         onGuiThread([&] { writeViewDocument(*this, src, dest, bounds, format); });
+        finishOutput(dest, tr("the EPS could not be written"));
         return;
     }
 
-    const auto [dpi, angle] = onGuiThread([this] {
-        const float resolution =
-            itsDpiCombo ? leadingFloatValue(itsDpiCombo->currentText()) : 72.0f;
-        return std::pair<float, int32_t>(resolution, getRotation());
-    });
-    const float s = dpi / 72.0f;
+    const float s = job.dpi / 72.0f;
     const QRectF q(0, 0, float(bounds.width()) * s, float(bounds.height()) * s);
-    const QRectF r = rotatedRectBounds(q, float(angle));
-    const QImage picture = createCGImage(src, r, q, int(format));
-    if (picture.isNull())
+    const QRectF r = rotatedRectBounds(q, float(job.degrees));
+    QImage picture = createCGImage(src, r, q, int(format));
+    job.decoded = DecodedImage{}; // the source's pixels go before the encoder's buffers come
+    if (picture.isNull()) {
+        finishOutput(dest, tr("the picture could not be drawn"));
         return;
+    }
+    auto write = [this, picture = std::move(picture), dest, format, settings = job] {
+        const ScopedConversionJob encoding(settings);
+        const int16_t status = convertAndSave(picture, dest, int(format));
+        if (status == kOutOfMemory)
+            showOutOfMemory();
+        finishOutput(dest, writeFailureReason(status));
+    };
     if (batchEncoder)
-        batchEncoder->submit(
-            dest, [this, picture, dest, format] { convertAndSave(picture, dest, int(format)); });
+        batchEncoder->submit(dest, std::move(write));
     else
-        convertAndSave(picture, dest, int(format));
+        write();
+}
+
+void Controller::finishOutput(const QString& destPath, const QString& reason) {
+    if (SafeReplace::settle(destPath))
+        return;
+    const QString name = QFileInfo(destPath).fileName();
+    emit conversionFailed(destPath, reason);
+    QMetaObject::invokeMethod(this, [this, name, reason] {
+        const QString line = tr("%1 was not written: %2").arg(name, reason);
+        if (isBatchRunning())
+            batchFailures.append(line);
+        if (itsMainWindow)
+            itsMainWindow->statusBar()->showMessage(line);
+    });
 }
 
 void Controller::convertAll(QObject* /*sender*/) {
@@ -225,13 +297,19 @@ void Controller::convertAllThread() {
     PendingEncode encoder;
     batchEncoder = &encoder;
 
+    // The images of the folder as it is now, in folder order: outputs written into the same
+    // folder during the batch are never among them.
+    QStringList files;
     if (findFirstWMF(current)) {
-        QString probe = current;
-        int count = 1;
-        while (findWMF(kStepNext, probe))
-            ++count;
+        files.append(current);
+        while (findWMF(kStepNext, current))
+            files.append(current);
+    }
 
+    if (!files.isEmpty()) {
+        const int count = int(files.size());
         onGuiThread([this, count] {
+            batchFailures.clear();
             if (!itsConvertIndicator)
                 return;
             itsConvertIndicator->setMaximum(count);
@@ -239,26 +317,20 @@ void Controller::convertAllThread() {
             itsConvertIndicator->setVisible(true);
         });
 
-        int pos = 1;
-        while (!thread_exit) {
+        for (int pos = 1; pos <= count && !thread_exit; ++pos) {
             onGuiThread([this, pos] {
                 if (!itsConvertIndicator)
                     return;
                 itsConvertIndicator->setValue(pos);
                 itsConvertIndicator->repaint();
             });
-            if (batchFileHook)
-                batchFileHook();
+            emit batchFileStarted(files.at(pos - 1), pos);
 
             // Read now: a change of format during the batch applies from this file on.
             const long format = onGuiThread([this] {
                 return itsFormatCombo ? getRealExportIndex(itsFormatCombo->currentText()) : -1L;
             });
-            saveImage(current, format);
-
-            if (!findWMF(kStepNext, current))
-                break;
-            ++pos;
+            saveImage(files.at(pos - 1), format);
         }
         encoder.drain();
 
@@ -286,6 +358,11 @@ void Controller::convertAllThread() {
             itsConvertIndicator->repaint();
             itsConvertIndicator->update();
         }
+        // The batch's end summary: every output that could not be written, and why.
+        if (!batchFailures.isEmpty() && itsMainWindow)
+            itsMainWindow->statusBar()->showMessage(
+                tr("Convert All: %n file(s) not written. %1", nullptr, int(batchFailures.size()))
+                    .arg(batchFailures.join(QStringLiteral("; "))));
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/Controller.h"
 #include "app/GuiThread.h"
+#include "codec/SafeReplace.h"
 #include "export/FormatTable.h"
 #include "view/wmfImageView.h"
 
@@ -55,16 +56,6 @@ bool askReplace(QWidget* parent, const QString& name) {
     return box.clickedButton() == yes;
 }
 
-// Removes what is at `path`: a folder with its contents, a file or a link itself (never what
-// a link points at).
-void removeExisting(const QString& path) {
-    const QFileInfo info(path);
-    if (info.isDir() && !info.isSymLink())
-        QDir(path).removeRecursively();
-    else
-        QFile::remove(path);
-}
-
 } // namespace
 
 long Controller::getRealExportIndex(const QString& value) const {
@@ -87,13 +78,16 @@ QString Controller::findDestination(const QString& source, int format, int /*ind
         if (existing.exists() || existing.isSymLink()) {
             if (!askReplace(itsMainWindow, name))
                 return QString();
-            removeExisting(path);
+            // Replaced, not destroyed: what is there (a folder with its contents, a file, a
+            // link) waits under a hidden name until the new file is complete, and comes back
+            // if none can be written.
+            SafeReplace::setAside(path);
         }
 
-        // The raster writers expect a file to be there already; a failure here shows later as
-        // a failed write, which is silent.
+        // The empty file the writers expect. Made only where nothing is: an old file that
+        // could not be moved aside is never emptied here (the writers replace it whole).
         QFile file(path);
-        if (file.open(QIODevice::WriteOnly))
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
             file.close();
         return path;
     });

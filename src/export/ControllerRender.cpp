@@ -5,11 +5,12 @@
 
 #include "app/GuiThread.h"
 #include "app/TextNumbers.h"
+#include "codec/ImageDecoder.h"
+#include "codec/RasterWriters.h"
+#include "export/ConversionJob.h"
 #include "export/DocumentExport.h"
 #include "export/ExportRenderer.h"
 #include "export/FormatTable.h"
-#include "codec/RasterWriters.h"
-#include "codec/ImageDecoder.h"
 
 #include <QComboBox>
 #include <QFileInfo>
@@ -30,9 +31,12 @@ struct ExportSettings {
     int degrees = 0;
 };
 
-// Read on the GUI thread, which owns the combo box and the angle; a controller without a
-// resolution list (a bare one, in the tests) exports at 72 dpi.
+// The snapshot of the conversion running on this thread; outside one (a direct call), read on
+// the GUI thread, which owns the combo box and the angle. A controller without a resolution
+// list (a bare one, in the tests) exports at 72 dpi.
 ExportSettings exportSettings(const Controller& controller) {
+    if (const ConversionJob* job = currentConversionJob())
+        return ExportSettings{job->dpi, job->degrees};
     return onGuiThread([&controller] {
         ExportSettings s;
         s.degrees = controller.getRotation();
@@ -45,6 +49,15 @@ ExportSettings exportSettings(const Controller& controller) {
 // The size check of the renderer, made before decoding so that a zero size costs nothing.
 bool emptyExportSize(const QRectF& rect) {
     return !(float(rect.width()) >= 1.0f) || !(float(rect.height()) >= 1.0f);
+}
+
+// The source's pixels: those the current conversion read before its output path was settled,
+// else a fresh decode.
+DecodedImage sourcePicture(const QString& source) {
+    const ConversionJob* job = currentConversionJob();
+    if (job && job->source == source)
+        return job->decoded;
+    return ImageDecoder::decode(source);
 }
 
 void showFailure(Controller& controller, const QString& title, const QString& message) {
@@ -69,7 +82,7 @@ QImage Controller::createCGImage(const QString& source, const QRectF& rect, cons
     QString title;
     QString message;
     try {
-        const DecodedImage decoded = ImageDecoder::decode(source);
+        const DecodedImage decoded = sourcePicture(source);
         result = renderExportPicture(decoded, rect, r, format, settings.degrees, scale);
         if (result.isNull()) {
             title = tr("Out of memory");
@@ -107,9 +120,13 @@ int16_t Controller::convertAndSave(const QImage& picture, const QString& destPat
 
 void Controller::createPDFFile(const QString& source, const QString& toFile, const QRectF& bounds) {
     const ExportSettings settings = exportSettings(*this);
-    const DecodedImage decoded = ImageDecoder::decode(source);
-    // An unreadable source still gets its page, with nothing drawn on it.
-    writePictureAsPdf(decoded.ok ? decoded.image : QImage(), bounds, settings.degrees, toFile);
+    try {
+        const DecodedImage decoded = sourcePicture(source);
+        // An unreadable source still gets its page, with nothing drawn on it.
+        writePictureAsPdf(decoded.ok ? decoded.image : QImage(), bounds, settings.degrees, toFile);
+    } catch (const std::bad_alloc&) {
+        showFailure(*this, tr("Out of memory"), tr("There is not enough memory to write the PDF."));
+    }
 }
 
 void Controller::createPDFFile(const char* utf8Path) {
@@ -118,5 +135,13 @@ void Controller::createPDFFile(const char* utf8Path) {
     const ExportSettings settings = exportSettings(*this);
     const QRectF bounds(0, 0, float(itsImgBounds.right - itsImgBounds.left),
                         float(itsImgBounds.bottom - itsImgBounds.top));
-    writePictureAsPdf(itsCGImage, bounds, settings.degrees, QString::fromUtf8(utf8Path));
+    try {
+        writePictureAsPdf(itsCGImage, bounds, settings.degrees, QString::fromUtf8(utf8Path));
+    } catch (const std::bad_alloc&) {
+        showFailure(*this, tr("Out of memory"), tr("There is not enough memory to write the PDF."));
+    }
+}
+
+void Controller::showOutOfMemory() {
+    showFailure(*this, tr("Out of memory"), tr("There is not enough memory to write the picture."));
 }

@@ -1,5 +1,6 @@
 #include "export/DocumentExport.h"
 
+#include "codec/SafeReplace.h"
 #include "view/RotationGeometry.h"
 
 #include <QBuffer>
@@ -8,6 +9,7 @@
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QSaveFile>
 
 #include <poppler-qt6.h>
 
@@ -48,31 +50,40 @@ QByteArray withBoundingBox(QByteArray eps, const QSize& page) {
 
 } // namespace
 
-void writePictureAsPdf(const QImage& picture, const QRectF& bounds, int degrees,
+bool writePictureAsPdf(const QImage& picture, const QRectF& bounds, int degrees,
                        const QString& outputPath) {
     const QRectF page = rotatedRectBounds(bounds, float(degrees));
     if (!(page.width() > 0) || !(page.height() > 0) || outputPath.isEmpty())
-        return;
+        return false;
 
-    QPdfWriter writer(outputPath);
-    writer.setCreator(QStringLiteral("Ormidon"));
-    writer.setResolution(72); // one drawing unit is one point
-    const QPageSize pageSize(page.size(), QPageSize::Point, QString(), QPageSize::ExactMatch);
-    writer.setPageLayout(
-        QPageLayout(pageSize, QPageLayout::Portrait, QMarginsF(0, 0, 0, 0), QPageLayout::Point));
+    // Written beside the output and renamed over it when complete, so that a failure (a full
+    // disk, too little memory for the page's compressed picture) leaves the output as it was.
+    QSaveFile file(outputPath);
+    if (!SafeReplace::openForReplacement(file))
+        return false; // the file cannot be made: nothing is drawn or written
+    {
+        QPdfWriter writer(&file);
+        writer.setCreator(QStringLiteral("Ormidon"));
+        writer.setResolution(72); // one drawing unit is one point
+        const QPageSize pageSize(page.size(), QPageSize::Point, QString(), QPageSize::ExactMatch);
+        writer.setPageLayout(QPageLayout(pageSize, QPageLayout::Portrait, QMarginsF(0, 0, 0, 0),
+                                         QPageLayout::Point));
 
-    QPainter painter;
-    if (!painter.begin(&writer))
-        return; // the file cannot be made: nothing is drawn or written
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    // The picture goes in as it is: compressed without loss, never re-encoded as JPEG.
-    painter.setRenderHint(QPainter::LosslessImageRendering);
-    // Turned always, also at angle 0: the picture's centre goes to the page's centre and the
-    // picture turns about it, clockwise for a positive angle.
-    painter.setTransform(turnedPlacement(degrees, page, bounds));
-    if (!picture.isNull())
-        painter.drawImage(bounds, picture); // embedded with all its pixels
-    painter.end();
+        QPainter painter;
+        if (!painter.begin(&writer))
+            return false;
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        // The picture goes in as it is: compressed without loss, never re-encoded as JPEG.
+        painter.setRenderHint(QPainter::LosslessImageRendering);
+        // Turned always, also at angle 0: the picture's centre goes to the page's centre
+        // and the picture turns about it, clockwise for a positive angle.
+        painter.setTransform(turnedPlacement(degrees, page, bounds));
+        if (!picture.isNull())
+            painter.drawImage(bounds, picture); // embedded with all its pixels
+        if (!painter.end())
+            return false;
+    }
+    return file.commit();
 }
 
 QByteArray pdfToEps(const QByteArray& pdf) {

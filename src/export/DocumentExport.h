@@ -8,9 +8,10 @@ struct DecodedImage;
 class QImage;
 
 // A one-page PDF whose page is `bounds` turned by `degrees` (in points), holding the picture
-// drawn into `bounds` at full resolution, turned about the page's centre. Nothing is written
-// when the file cannot be made.
-void writePictureAsPdf(const QImage& picture, const QRectF& bounds, int degrees,
+// drawn into `bounds` at full resolution, turned about the page's centre. The output appears
+// only complete; false, with the output as it was, when it cannot be made. std::bad_alloc is
+// passed on to the caller.
+bool writePictureAsPdf(const QImage& picture, const QRectF& bounds, int degrees,
                        const QString& outputPath);
 
 // Turns a one-page PDF document into Encapsulated PostScript whose %%BoundingBox is the page;

@@ -1,8 +1,8 @@
 #include "export/ExportRenderer.h"
 
-#include "export/FormatTable.h"
 #include "codec/DecodeLimits.h"
 #include "codec/ImageDecoder.h"
+#include "export/FormatTable.h"
 #include "view/ImageDrawing.h"
 #include "view/RotationGeometry.h"
 

@@ -7,9 +7,9 @@
 #include "BrowseTestFiles.h"
 
 #include <QTemporaryDir>
+#include <QtTest>
 #include <cstdio>
 #include <unistd.h>
-#include <QtTest>
 
 using namespace BrowseTestFiles;
 

@@ -6,13 +6,19 @@
 #include "ModalAnswer.h"
 
 #include "app/GuiThread.h"
-#include "export/BatchHook.h"
 #include "view/wmfImageView.h"
 
 #include <QAction>
 #include <QThread>
 
 #include <atomic>
+
+// Runs `onEachFile` on the batch thread at the start of every file, as the batch announces it:
+// the tests slow a batch down so that a Stop lands in the middle of it.
+template <typename F> void slowBatch(FlowFixture& f, F onEachFile) {
+    QObject::connect(f.controller.get(), &Controller::batchFileStarted, f.controller.get(),
+                     onEachFile, Qt::DirectConnection);
+}
 
 class tst_BatchConversion : public QObject {
     Q_OBJECT
@@ -33,7 +39,6 @@ class tst_BatchConversion : public QObject {
     }
 
 private slots:
-    void cleanup() { batchFileHook = nullptr; }
 
     void convertsEveryImageOfTheFolder() {
         FlowFixture f;
@@ -77,10 +82,10 @@ private slots:
         f.open(f.sources.path() + "/1.jpg");
         QVERIFY(f.selectFormat("JPEG"));
         std::atomic<int> started{0};
-        batchFileHook = [&started] {
+        slowBatch(f, [&started] {
             ++started;
             QThread::msleep(400);
-        };
+        });
 
         f.controller->itsConvertAll->click();
         QTRY_COMPARE(f.controller->itsConvertIndicator->value(), 2);
@@ -102,7 +107,7 @@ private slots:
             f.makeImage(n);
         f.open(f.sources.path() + "/1.jpg");
         QVERIFY(f.selectFormat("JPEG"));
-        batchFileHook = [] { QThread::msleep(300); };
+        slowBatch(f, [] { QThread::msleep(300); });
         f.controller->itsMenuItemConvAll->trigger();
         QCOMPARE(f.controller->itsMenuItemConvAll->text(), QString("Stop"));
         QTRY_COMPARE(f.controller->itsConvertIndicator->value(), 1);
@@ -144,11 +149,11 @@ private slots:
         // The worker waits here before reading the format of file 2.
         std::atomic<bool> release{false};
         std::atomic<int> started{0};
-        batchFileHook = [&] {
+        slowBatch(f, [&] {
             if (++started == 2)
                 while (!release)
                     QThread::msleep(5);
-        };
+        });
         f.controller->itsConvertAll->click();
         QTRY_COMPARE(started.load(), 2);
         QVERIFY(QFileInfo(f.outPath("a.JPEG")).size() > 0);
@@ -208,7 +213,7 @@ private slots:
             f.makeImage(n);
         f.open(f.sources.path() + "/1.jpg");
         QVERIFY(f.selectFormat("JPEG"));
-        batchFileHook = [] { QThread::msleep(200); };
+        slowBatch(f, [] { QThread::msleep(200); });
         f.controller->itsConvertAll->click();
         QTRY_COMPARE(f.controller->itsConvertIndicator->value(), 1);
         QVERIFY(f.controller->isBatchRunning());
@@ -225,7 +230,7 @@ private slots:
             f->makeImage(n);
         f->open(f->sources.path() + "/1.jpg");
         QVERIFY(f->selectFormat("JPEG"));
-        batchFileHook = [] { QThread::msleep(200); };
+        slowBatch(*f, [] { QThread::msleep(200); });
         f->controller->itsConvertAll->click();
         QTRY_COMPARE(f->controller->itsConvertIndicator->value(), 1);
         const QString out = f->out.path();

@@ -25,9 +25,16 @@ constexpr double kRenderDpi = 150.0;
 // more on screen and costs seconds and gigabytes (a page with an enormous media box).
 constexpr double kMaxPagePixels = 64'000'000;
 
-// Time a page may take to draw before its drawing is given up; pages of ordinary documents take
-// a fraction of this. Checked by poppler between drawing operators.
-constexpr std::chrono::milliseconds kRenderBudget{1500};
+// Time a page may take to draw before its drawing is given up: what filling its raster takes
+// on a slow machine (about 60 ns a pixel: two seconds for a page of 32 megapixels), plus one
+// second for its content. Checked by poppler between drawing operators.
+constexpr std::chrono::milliseconds kRenderBudgetBase{1000};
+constexpr double kRenderNanosecondsPerPixel = 60.0;
+
+std::chrono::nanoseconds renderBudget(double pixels) {
+    return kRenderBudgetBase +
+           std::chrono::nanoseconds(qint64(pixels * kRenderNanosecondsPerPixel));
+}
 
 // How far around an image dictionary's /Subtype /Image its /Width and /Height are looked for.
 constexpr qsizetype kDictionaryReach = 2048;
@@ -123,7 +130,8 @@ DecodedImage pdfDecode(const QString& path) {
     document->setRenderHint(Poppler::Document::TextAntialiasing);
     document->setPaperColor(Qt::white);
     const double dpi = renderDpiFor(points);
-    const auto deadline = std::chrono::steady_clock::now() + kRenderBudget;
+    const double pixels = points.width() * points.height() * (dpi / 72.0) * (dpi / 72.0);
+    const auto deadline = std::chrono::steady_clock::now() + renderBudget(pixels);
     QImage pageImage = page->renderToImage(
         dpi, dpi, -1, -1, -1, -1, Poppler::Page::Rotate0, nullptr, nullptr, pastDeadline,
         QVariant::fromValue(qint64(deadline.time_since_epoch().count())));

@@ -1,5 +1,6 @@
 // The decoder chain: formats, pixel formats, sizes in points and bad input.
 
+#include <QBuffer>
 #include <QFile>
 #include <QImageWriter>
 #include <QSet>
@@ -180,6 +181,144 @@ private slots:
         QVERIFY(qAbs(d.pointSize.height() - points.height()) < 0.1);
         const QSizeF measured = ImageDecoder::measure(path);
         QVERIFY(qAbs(measured.width() - d.pointSize.width()) < 1e-9);
+    }
+
+    // A camera's JPEG records its resolution in EXIF only (no JFIF density): 300 dpi there.
+    void exifResolution_data() {
+        QTest::addColumn<int>("jfifUnit");
+        QTest::newRow("no JFIF segment") << -1;
+        QTest::newRow("JFIF aspect ratio only") << 0;
+    }
+    void exifResolution() {
+        QFETCH(int, jfifUnit);
+        QImage source(300, 150, QImage::Format_RGB32);
+        source.fill(Qt::cyan);
+        QByteArray jpeg;
+        {
+            QBuffer buffer(&jpeg);
+            buffer.open(QIODevice::WriteOnly);
+            QVERIFY(source.save(&buffer, "JPEG"));
+        }
+        // Qt writes SOI, then a JFIF APP0 of 16 bytes: replace it.
+        QVERIFY(jpeg.mid(6, 4) == "JFIF");
+        const int app0Length = (uchar(jpeg[4]) << 8) | uchar(jpeg[5]);
+        QByteArray rest = jpeg.mid(4 + app0Length);
+        // A big-endian TIFF header and one directory: XResolution, YResolution (300/1 each,
+        // stored after the directory) and ResolutionUnit inch.
+        QByteArray tiff("MM\0\x2a\0\0\0\x08", 8);
+        auto u16 = [&tiff](int v) { tiff.append(char(v >> 8)).append(char(v & 0xff)); };
+        auto u32 = [&](quint32 v) {
+            u16(int(v >> 16));
+            u16(int(v & 0xffff));
+        };
+        u16(3);
+        u16(282);
+        u16(5);
+        u32(1);
+        u32(8 + 2 + 3 * 12 + 4);
+        u16(283);
+        u16(5);
+        u32(1);
+        u32(8 + 2 + 3 * 12 + 4 + 8);
+        u16(296);
+        u16(3);
+        u32(1);
+        u16(2);
+        u16(0);
+        u32(0);
+        u32(300);
+        u32(1);
+        u32(300);
+        u32(1);
+        const QByteArray body = QByteArray("Exif\0\0", 6) + tiff;
+        QByteArray app1("\xff\xe1", 2);
+        app1.append(char((body.size() + 2) >> 8)).append(char((body.size() + 2) & 0xff));
+        app1 += body;
+        QByteArray app0;
+        if (jfifUnit >= 0) {
+            app0 = QByteArray("\xff\xe0\0\x10JFIF\0\x01\x01", 11);
+            app0.append(char(jfifUnit)).append(QByteArray("\0\x01\0\x01\0\0", 6));
+        }
+        const QString path = file(QStringLiteral("exif%1.jpg").arg(jfifUnit));
+        QFile out(path);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(QByteArray("\xff\xd8", 2) + app0 + app1 + rest);
+        out.close();
+        const DecodedImage d = ImageDecoder::decode(path);
+        QVERIFY(d.ok);
+        QCOMPARE(d.image.size(), QSize(300, 150));
+        QVERIFY2(qAbs(d.pointSize.width() - 72) < 0.1,
+                 qPrintable(QString::number(d.pointSize.width())));
+        QVERIFY(qAbs(ImageDecoder::measure(path).height() - 36) < 0.1);
+    }
+
+    // A few kilobytes holding tens of thousands of comment segments: refused at once instead of
+    // being parsed segment by segment.
+    void jpegWithAbsurdlyManySegments() {
+        QImage source(32, 32, QImage::Format_RGB32);
+        source.fill(Qt::red);
+        QByteArray jpeg;
+        {
+            QBuffer buffer(&jpeg);
+            buffer.open(QIODevice::WriteOnly);
+            QVERIFY(source.save(&buffer, "JPEG"));
+        }
+        QByteArray bomb("\xff\xd8", 2);
+        for (int i = 0; i < 50000; ++i)
+            bomb.append(QByteArray("\xff\xfe\0\x03x", 5));
+        bomb += jpeg.mid(2);
+        const QString path = file("comments.jpg");
+        QFile out(path);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(bomb);
+        out.close();
+        QVERIFY(!ImageDecoder::decode(path).ok);
+        QVERIFY(ImageDecoder::measure(path).isEmpty());
+        // A handful of comments is nothing unusual.
+        QByteArray fine("\xff\xd8", 2);
+        for (int i = 0; i < 20; ++i)
+            fine.append(QByteArray("\xff\xfe\0\x03x", 5));
+        fine += jpeg.mid(2);
+        const QString finePath = file("some-comments.jpg");
+        QFile fineOut(finePath);
+        QVERIFY(fineOut.open(QIODevice::WriteOnly));
+        fineOut.write(fine);
+        fineOut.close();
+        QVERIFY(ImageDecoder::decode(finePath).ok);
+    }
+
+    // A tiny PDF whose page draws an image claiming 100000 x 100000 pixels is refused instead
+    // of keeping poppler's scaler busy for minutes.
+    void pdfWithAGiantImageIsRefused() {
+        const QByteArray content = "q 100 0 0 100 0 0 cm /Im0 Do Q";
+        const QByteArray pdf =
+            "%PDF-1.4\n"
+            "1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj\n"
+            "2 0 obj << /Type /Pages /Kids [3 0 R] /Count 1 >> endobj\n"
+            "3 0 obj << /Type /Page /Parent 2 0 R /MediaBox [0 0 100 100] /Contents 4 0 R "
+            "/Resources << /XObject << /Im0 5 0 R >> >> >> endobj\n"
+            "4 0 obj << /Length " +
+            QByteArray::number(content.size()) + " >>\nstream\n" + content +
+            "\nendstream endobj\n"
+            "5 0 obj << /Type /XObject /Subtype /Image /Width 100000 /Height 100000 "
+            "/ColorSpace /DeviceGray /BitsPerComponent 8 /Length 4 >>\nstream\nabcd\n"
+            "endstream endobj\ntrailer << /Root 1 0 R >>\n%%EOF\n";
+        const QString path = file("giant-image.pdf");
+        QFile out(path);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(pdf);
+        out.close();
+        QVERIFY(!ImageDecoder::decode(path).ok);
+    }
+
+    // A page as large as a building is drawn at a resolution that keeps its raster reasonable.
+    void anEnormousPageIsDrawnWithinThePixelBudget() {
+        const QString path = file("enormous.pdf");
+        QVERIFY(writePdf(path, 14400, 14400));
+        const DecodedImage d = ImageDecoder::decode(path);
+        QVERIFY(d.ok);
+        QVERIFY(qAbs(d.pointSize.width() - 14400) < 1);
+        QVERIFY(qint64(d.image.width()) * d.image.height() <= 64'000'000);
     }
 
     void exifOrientation() {

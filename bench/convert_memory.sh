@@ -39,7 +39,7 @@ argb=$(( SIDE * SIDE * 4 / 1048576 ))
 # peak RSS in MB and wall seconds of a command, from GNU time
 measure() {
     /usr/bin/time -f '%M %e' -o "$WORK/time" "$@" >/dev/null 2>&1 || echo "(failed: $*)" >&2
-    awk '{ printf "%d %s", $1 / 1024, $2 }' "$WORK/time"
+    awk '{ printf "%d %s\n", $1 / 1024, $2 }' "$WORK/time"
 }
 row() {
     local job=$1 tool=$2; shift 2

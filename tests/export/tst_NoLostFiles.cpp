@@ -71,6 +71,12 @@ private:
     rlimit saved{};
 };
 
+// An earlier output the user already has at `path`.
+bool writeOld(const QString& path, const QByteArray& bytes) {
+    QFile old(path);
+    return old.open(QIODevice::WriteOnly) && old.write(bytes) == bytes.size();
+}
+
 } // namespace
 
 class tst_NoLostFiles : public QObject {
@@ -123,10 +129,7 @@ private slots:
     void aFailedWriteAfterYesPutsThePreviousFileBack() {
         FlowFixture f;
         const QString noise = makeNoise(f, "noise.png", 400);
-        QFile old(f.outPath("noise.PNGf"));
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write(QByteArray(2000, 'o'));
-        old.close();
+        QVERIFY(writeOld(f.outPath("noise.PNGf"), QByteArray(2000, 'o')));
         const auto sourcesBefore = snapshot(f.sources.path());
         const auto outBefore = snapshot(f.out.path());
         f.open(noise);
@@ -150,10 +153,7 @@ private slots:
         FlowFixture f;
         makeNoise(f, "a-noise.png", 400);
         f.makeImage("b.png", 40, 30, "PNG");
-        QFile old(f.outPath("a-noise.PNGf"));
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("previous");
-        old.close();
+        QVERIFY(writeOld(f.outPath("a-noise.PNGf"), "previous"));
         const QByteArray previous =
             QCryptographicHash::hash("previous", QCryptographicHash::Sha256);
         f.open(f.sources.path() + "/b.png");
@@ -178,10 +178,7 @@ private slots:
         FlowFixture f;
         const QString broken =
             f.writeBytes("broken.png", QByteArray("\x89PNG\r\n\x1a\n", 8) + QByteArray(100, '\0'));
-        QFile old(f.outPath("broken.JPEG"));
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("previous picture");
-        old.close();
+        QVERIFY(writeOld(f.outPath("broken.JPEG"), "previous picture"));
         const auto outBefore = snapshot(f.out.path());
         QVERIFY(f.selectFormat("JPEG"));
         auto seen = std::make_shared<SeenQuestion>();
@@ -213,10 +210,7 @@ private slots:
     void skipChangesNothing() {
         FlowFixture f;
         const QString a = f.makeImage("a.jpg");
-        QFile old(f.outPath("a.JPEG"));
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("keep me");
-        old.close();
+        QVERIFY(writeOld(f.outPath("a.JPEG"), "keep me"));
         const auto sourcesBefore = snapshot(f.sources.path());
         const auto outBefore = snapshot(f.out.path());
         f.open(a);
@@ -234,10 +228,7 @@ private slots:
         FlowFixture f;
         for (const QString& n : {"1.jpg", "2.jpg", "3.jpg", "4.jpg"})
             f.makeImage(n);
-        QFile old(f.outPath("4.JPEG"));
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("untouched");
-        old.close();
+        QVERIFY(writeOld(f.outPath("4.JPEG"), "untouched"));
         const auto sourcesBefore = snapshot(f.sources.path());
         f.open(f.sources.path() + "/1.jpg");
         QVERIFY(f.selectFormat("JPEG"));
@@ -259,10 +250,7 @@ private slots:
             QSKIP("folder permissions do not bind root; the file-size limit case runs instead");
         FlowFixture f;
         const QString a = f.makeImage("a.jpg");
-        QFile old(f.outPath("a.JPEG"));
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("keep me");
-        old.close();
+        QVERIFY(writeOld(f.outPath("a.JPEG"), "keep me"));
         const auto outBefore = snapshot(f.out.path());
         QFile::setPermissions(f.out.path(), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
         f.open(a);

@@ -32,6 +32,21 @@ bool near(QColor a, QColor b, int tolerance = 12) {
            qAbs(a.blue() - b.blue()) <= tolerance;
 }
 
+QByteArray jpegOf(QSize size, Qt::GlobalColor colour) {
+    QImage source(size, QImage::Format_RGB32);
+    source.fill(colour);
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    buffer.open(QIODevice::WriteOnly);
+    source.save(&buffer, "JPEG");
+    return jpeg;
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes) {
+    QFile out(path);
+    return out.open(QIODevice::WriteOnly) && out.write(bytes) == bytes.size();
+}
+
 } // namespace
 
 class tst_ImageDecoder : public QObject {
@@ -191,14 +206,7 @@ private slots:
     }
     void exifResolution() {
         QFETCH(int, jfifUnit);
-        QImage source(300, 150, QImage::Format_RGB32);
-        source.fill(Qt::cyan);
-        QByteArray jpeg;
-        {
-            QBuffer buffer(&jpeg);
-            buffer.open(QIODevice::WriteOnly);
-            QVERIFY(source.save(&buffer, "JPEG"));
-        }
+        const QByteArray jpeg = jpegOf(QSize(300, 150), Qt::cyan);
         // Qt writes SOI, then a JFIF APP0 of 16 bytes: replace it.
         QVERIFY(jpeg.mid(6, 4) == "JFIF");
         const int app0Length = (uchar(jpeg[4]) << 8) | uchar(jpeg[5]);
@@ -240,10 +248,7 @@ private slots:
             app0.append(char(jfifUnit)).append(QByteArray("\0\x01\0\x01\0\0", 6));
         }
         const QString path = file(QStringLiteral("exif%1.jpg").arg(jfifUnit));
-        QFile out(path);
-        QVERIFY(out.open(QIODevice::WriteOnly));
-        out.write(QByteArray("\xff\xd8", 2) + app0 + app1 + rest);
-        out.close();
+        QVERIFY(writeFile(path, QByteArray("\xff\xd8", 2) + app0 + app1 + rest));
         const DecodedImage d = ImageDecoder::decode(path);
         QVERIFY(d.ok);
         QCOMPARE(d.image.size(), QSize(300, 150));
@@ -255,23 +260,13 @@ private slots:
     // A few kilobytes holding tens of thousands of comment segments: refused at once instead of
     // being parsed segment by segment.
     void jpegWithAbsurdlyManySegments() {
-        QImage source(32, 32, QImage::Format_RGB32);
-        source.fill(Qt::red);
-        QByteArray jpeg;
-        {
-            QBuffer buffer(&jpeg);
-            buffer.open(QIODevice::WriteOnly);
-            QVERIFY(source.save(&buffer, "JPEG"));
-        }
+        const QByteArray jpeg = jpegOf(QSize(32, 32), Qt::red);
         QByteArray bomb("\xff\xd8", 2);
         for (int i = 0; i < 50000; ++i)
             bomb.append(QByteArray("\xff\xfe\0\x03x", 5));
         bomb += jpeg.mid(2);
         const QString path = file("comments.jpg");
-        QFile out(path);
-        QVERIFY(out.open(QIODevice::WriteOnly));
-        out.write(bomb);
-        out.close();
+        QVERIFY(writeFile(path, bomb));
         QVERIFY(!ImageDecoder::decode(path).ok);
         QVERIFY(ImageDecoder::measure(path).isEmpty());
         // A handful of comments is nothing unusual.
@@ -280,10 +275,7 @@ private slots:
             fine.append(QByteArray("\xff\xfe\0\x03x", 5));
         fine += jpeg.mid(2);
         const QString finePath = file("some-comments.jpg");
-        QFile fineOut(finePath);
-        QVERIFY(fineOut.open(QIODevice::WriteOnly));
-        fineOut.write(fine);
-        fineOut.close();
+        QVERIFY(writeFile(finePath, fine));
         QVERIFY(ImageDecoder::decode(finePath).ok);
     }
 
@@ -304,10 +296,7 @@ private slots:
             "/ColorSpace /DeviceGray /BitsPerComponent 8 /Length 4 >>\nstream\nabcd\n"
             "endstream endobj\ntrailer << /Root 1 0 R >>\n%%EOF\n";
         const QString path = file("giant-image.pdf");
-        QFile out(path);
-        QVERIFY(out.open(QIODevice::WriteOnly));
-        out.write(pdf);
-        out.close();
+        QVERIFY(writeFile(path, pdf));
         QVERIFY(!ImageDecoder::decode(path).ok);
     }
 

@@ -61,12 +61,10 @@ int16_t commitOutput(QSaveFile& file) {
 }
 
 int16_t writeWithQt(const QImage& picture, const QString& path, const char* name, float dpi) {
-    QImage image = picture; // shares the pixels; the resolution fields are the only change
-    const int dpm = dotsPerMetre(dpi);
-    if (dpm > 0) {
-        image.setDotsPerMeterX(dpm);
-        image.setDotsPerMeterY(dpm);
-    }
+    // Shares the pixels; a picture whose resolution is not yet recorded is copied here, so
+    // callers that own a large picture record it first (recordResolution).
+    QImage image = picture;
+    recordResolution(image, dpi);
     QSaveFile file(path);
     if (const int16_t status = openOutput(file))
         return status;
@@ -123,6 +121,14 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
 }
 
 } // namespace
+
+void recordResolution(QImage& picture, float dpi) {
+    const int dpm = dotsPerMetre(dpi);
+    if (dpm > 0) {
+        picture.setDotsPerMeterX(dpm); // no copy when the value is already there
+        picture.setDotsPerMeterY(dpm);
+    }
+}
 
 bool rasterWriterExists(uint32_t subtype) {
     const FormatRow* row = FormatRegistry::rowForSubtype(subtype);

@@ -26,5 +26,9 @@ bool rasterWriterExists(uint32_t subtype);
 // escapes. Safe to call from any thread.
 int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi);
 
+// Records `dpi` in the picture's resolution fields, as the writers do. Done by the owner of a
+// large picture before handing it over, so that the writer's own recording copies nothing.
+void recordResolution(QImage& picture, float dpi);
+
 // A short text for a writer's status, for the user ("the encoder refused the picture").
 QString writeFailureReason(int16_t status);

@@ -217,6 +217,7 @@ void Controller::saveImage(const QString& source, long format) {
         finishOutput(dest, tr("the picture could not be drawn"));
         return;
     }
+    recordResolution(picture, job.dpi); // the one owner now: no copy of the pixels
     auto write = [this, picture = std::move(picture), dest, format, settings = job] {
         const ScopedConversionJob encoding(settings);
         const int16_t status = convertAndSave(picture, dest, int(format));

@@ -10,15 +10,15 @@ QStringList words(const char* list) {
     return list ? QString::fromLatin1(list).split(u' ', Qt::SkipEmptyParts) : QStringList();
 }
 
-const FormatRow* rowOfMagickCoder(QByteArrayView coder) {
+} // namespace
+
+const FormatRow* rowForMagickCoder(QByteArrayView coder) {
     const QString name = QString::fromLatin1(coder);
     for (const FormatRow& row : kRows)
         if (words(row.magickCoders).contains(name))
             return &row;
     return nullptr;
 }
-
-} // namespace
 
 const FormatRow* rowForSubtype(uint32_t subtype) {
     if (subtype == 0)
@@ -37,7 +37,7 @@ const FormatRow* rowForQtReader(QByteArrayView name) {
 }
 
 QStringList suffixesOfMagickCoder(QByteArrayView coder) {
-    if (const FormatRow* row = rowOfMagickCoder(coder))
+    if (const FormatRow* row = rowForMagickCoder(coder))
         return words(row->suffixes);
     return {QString::fromLatin1(coder).toLower()};
 }

@@ -83,6 +83,7 @@ inline constexpr FormatRow kRows[] = {
   {nullptr, 0, kNone, nullptr, nullptr, false, "fits fts",      nullptr, "FITS FTS",      nullptr, nullptr},
   {nullptr, 0, kNone, nullptr, nullptr, false, "cal cals",      nullptr, "CALS CAL",      nullptr, nullptr},
   {nullptr, 0, kNone, nullptr, nullptr, false, "psb",           nullptr, "PSB",           nullptr, nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "jbg jbig bie",  nullptr, "JBIG JBG BIE",  nullptr, jbigPageWithinLimits},
   // Variants of coders above, or containers of other coders, with no suffix of their own.
   {nullptr, 0, kNone, nullptr, nullptr, false, "",              nullptr, "DXT1 DXT5 PCDS WMZ SVGZ XV VDA", nullptr, nullptr},
 };
@@ -112,6 +113,9 @@ const FormatRow* rowForSubtype(uint32_t subtype);
 
 // The row of Qt's reader name ("jpeg"), or nullptr.
 const FormatRow* rowForQtReader(QByteArrayView name);
+
+// The row that lists the Magick coder ("JPG"), or nullptr.
+const FormatRow* rowForMagickCoder(QByteArrayView coder);
 
 // The suffixes a Magick coder's files are read under: its row's suffixes, none for a variant
 // listed without suffixes, and the coder's own name in lower case for a coder of no row.

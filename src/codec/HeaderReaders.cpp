@@ -1,5 +1,7 @@
 #include "codec/HeaderReaders.h"
 
+#include "codec/DecodeLimits.h"
+
 #include <QBuffer>
 #include <QByteArray>
 #include <QtEndian>
@@ -112,6 +114,16 @@ bool jpegSegmentsWithinBudget(QIODevice& file) {
             return true;
     }
     return false;
+}
+
+bool jbigPageWithinLimits(QIODevice& file) {
+    uchar bih[12];
+    if (!file.seek(0) || file.read(reinterpret_cast<char*>(bih), 12) != 12)
+        return true; // too short to declare anything; the decoder refuses it
+    const qint64 width = qFromBigEndian<quint32>(bih + 4);
+    const qint64 height = qFromBigEndian<quint32>(bih + 8);
+    return width > 0 && height > 0 && width <= DecodeLimits::kMaxSide &&
+           height <= DecodeLimits::kMaxSide && width * height <= DecodeLimits::kMaxPixels;
 }
 
 std::optional<Dpi> bmpDpi(QIODevice& file) {

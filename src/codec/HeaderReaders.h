@@ -25,4 +25,8 @@ std::optional<Dpi> tiffDpi(QIODevice& file); // first directory's X/Y resolution
 // kilobytes can hold tens of thousands of comment segments, each of which a decoder would keep.
 bool jpegSegmentsWithinBudget(QIODevice& file);
 
+// Whether a JBIG file's page is within the decode limits: libjbig allocates the declared page
+// whole before reading a row, and ends the process when that fails.
+bool jbigPageWithinLimits(QIODevice& file);
+
 } // namespace HeaderReaders

@@ -7,6 +7,7 @@
 #include <QSet>
 
 #include <cmath>
+#include <cstdlib>
 #include <mutex>
 #include <optional>
 
@@ -112,11 +113,14 @@ Outcome qtDecode(const QString& path, DecodedImage& out) {
     if (!headerAffordable(path, format))
         return Outcome::Refused;
     const QSize declared = reader.size();
-    if (declared.isValid() && !withinLimits(declared.width(), declared.height()))
-        return Outcome::Refused;
+    if (declared != QSize(-1, -1) &&
+        !withinLimits(std::abs(qint64(declared.width())), std::abs(qint64(declared.height()))))
+        return Outcome::Refused; // a negative side (a top-down BMP) counts by its length
     QImage image;
     if (!reader.read(&image) || image.isNull())
         return Outcome::Failed;
+    if (!withinLimits(image.width(), image.height()))
+        return Outcome::Refused; // a reader that gave more than its header said
     bool known = false;
     const std::optional<Dpi> dpi = headerDpi(path, format, &known);
     if (known) {
@@ -142,11 +146,12 @@ Outcome qtMeasure(const QString& path, QSizeF& out) {
         return Outcome::NotMine;
     if (!headerAffordable(path, reader.format()))
         return Outcome::Refused;
-    const QSize declared = reader.size();
-    if (!declared.isValid())
+    QSize declared = reader.size();
+    if (declared == QSize(-1, -1))
         return Outcome::Failed;
-    if (!withinLimits(declared.width(), declared.height()))
+    if (!withinLimits(std::abs(qint64(declared.width())), std::abs(qint64(declared.height()))))
         return Outcome::Refused;
+    declared = QSize(std::abs(declared.width()), std::abs(declared.height()));
     bool known = false;
     const std::optional<Dpi> dpi = headerDpi(path, reader.format(), &known);
     const QSize pixels = orientedSize(reader, declared);

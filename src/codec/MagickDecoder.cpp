@@ -2,6 +2,7 @@
 
 #include <Magick++.h>
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
@@ -100,7 +101,20 @@ bool load(const QString& path, Magick::Image& image, bool pixels) {
     if (MagickCore::GetImageMagick(data, std::min<size_t>(size, 8192), detected) &&
         !usableCoderName(detected))
         return false;
+    // A coder whose library would be hurt by the header (see FormatRow::headerCheck) is not
+    // even asked to ping it.
+    QByteArray bytes =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
+    auto affordable = [&](const std::string& coder) {
+        const FormatRow* row = FormatRegistry::rowForMagickCoder(QByteArrayView(coder));
+        if (!row || !row->headerCheck)
+            return true;
+        QBuffer buffer(&bytes);
+        return buffer.open(QIODevice::ReadOnly) && row->headerCheck(buffer);
+    };
     auto attempt = [&](const std::string& coder) {
+        if (!affordable(coder.empty() ? std::string(detected) : coder))
+            return false;
         try {
             MagickCore::Image* header = readBlob(data, size, coder, false);
             if (!header)

@@ -10,7 +10,9 @@
 
 #include <Magick++.h>
 
+#include <QApplication>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtConcurrent/QtConcurrentRun>
 #include <QtTest>
@@ -62,6 +64,8 @@ private slots:
         QVERIFY(write(privateTag, HostileCorpus::tiffWithPrivateTag()));
         QImage plain(8, 8, QImage::Format_RGB32);
         plain.fill(Qt::green);
+        plain.setDotsPerMeterX(2835); // 72 dpi: a point a pixel
+        plain.setDotsPerMeterY(2835);
         QVERIFY(plain.save(valid, "TIFF"));
     }
 
@@ -96,6 +100,19 @@ private slots:
         QVERIFY(decoded.result());
     }
 
+    // Magick++ started by someone else than the program (a plugin, a library of the desktop),
+    // with its own libtiff handlers in place, before the program has decoded anything. Run in
+    // a child process: the failure this guards against is a crash.
+    void magickStartedElsewhere() {
+        QProcess child;
+        child.setProcessChannelMode(QProcess::ForwardedChannels);
+        child.start(QCoreApplication::applicationFilePath(),
+                    {"--magick-started-elsewhere", privateTag});
+        QVERIFY(child.waitForFinished(60'000));
+        QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(child.exitCode(), 0);
+    }
+
     void manyDamagedTiffsThenValid() {
         QTemporaryDir corpus;
         QVERIFY(corpus.isValid());
@@ -118,5 +135,21 @@ private slots:
     }
 };
 
-QTEST_MAIN(tst_HostileTiff)
+// The child of magickStartedElsewhere: Magick++ initialised and reading a damaged TIFF on its
+// own, then the program's decoder on a valid one. Exits 0 when that decodes.
+static int magickStartedElsewhere(const QString& valid) {
+    Magick::InitializeMagick(nullptr);
+    readWithMagick(HostileCorpus::tiffWithBrokenStrips());
+    const DecodedImage decoded = ImageDecoder::decode(valid);
+    return decoded.ok && decoded.image.size() == QSize(8, 8) ? 0 : 1;
+}
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    if (argc == 3 && QByteArrayView(argv[1]) == "--magick-started-elsewhere")
+        return magickStartedElsewhere(QString::fromLocal8Bit(argv[2]));
+    tst_HostileTiff test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_HostileTiff.moc"

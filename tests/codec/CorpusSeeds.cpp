@@ -186,11 +186,12 @@ namespace HostileCorpus {
 
 QByteArray xcfFile(quint32 w, quint32 h, quint32 layerW, quint32 layerH, quint32 bpp) {
     // Version 0: header, image properties, one layer pointer, no channel, then the layer, its
-    // hierarchy, its level and the tiles (64 x 64, uncompressed, pixels interleaved).
+    // hierarchy, its level and the tiles (64 x 64, run-length coded one channel after the
+    // other).
     QByteArray b("gimp xcf file\0", 14);
-    b += be32(w) + be32(h) + be32(0);              // RGB image
-    b += be32(17) + be32(1) + QByteArray(1, '\0'); // compression: none
-    b += be32(0) + be32(0);                        // end of properties
+    b += be32(w) + be32(h) + be32(0);           // RGB image
+    b += be32(17) + be32(1) + QByteArray(1, 1); // compression: run-length
+    b += be32(0) + be32(0);                     // end of properties
     const qsizetype layerPointer = b.size();
     b += be32(0) + be32(0); // the layer pointer (filled below), end of layers
     b += be32(0);           // end of channels
@@ -204,21 +205,25 @@ QByteArray xcfFile(quint32 w, quint32 h, quint32 layerW, quint32 layerH, quint32
     b += be32(layerW) + be32(layerH) + be32(bpp);
     b += be32(quint32(b.size()) + 8) + be32(0); // one level
     b += be32(layerW) + be32(layerH);
-    const quint32 tilesX = (std::min<quint32>(layerW, 4096) + 63) / 64;
-    const quint32 tilesY = (std::min<quint32>(layerH, 4096) + 63) / 64;
-    const quint32 tiles = tilesX * tilesY;
+    // A giant layer keeps only its first tiles: the rest of it is a lie.
+    const quint64 tilesX = (quint64(layerW) + 63) / 64;
+    const quint64 tilesY = (quint64(layerH) + 63) / 64;
+    const quint64 tiles = std::min<quint64>(tilesX * tilesY, 30000);
     const qsizetype firstPointer = b.size();
     b += QByteArray(4 * qsizetype(tiles) + 4, '\0');
-    for (quint32 t = 0; t < tiles; ++t) {
-        putBE32(b, firstPointer + 4 * t, quint32(b.size()));
-        const quint32 tw = std::min<quint32>(64, layerW - (t % tilesX) * 64);
-        const quint32 th = std::min<quint32>(64, layerH - (t / tilesX) * 64);
-        QByteArray tile(qsizetype(tw) * th * bpp, '\0');
-        for (qsizetype i = 0; i < tile.size(); ++i)
-            tile[i] = char((i * 7 + t * 13) & 0xFF);
-        b += tile;
-        if (b.size() > 200'000)
-            break; // a giant layer keeps only its first tiles: the rest is a lie
+    for (quint64 t = 0; t < tiles && b.size() < 250'000; ++t) {
+        putBE32(b, firstPointer + 4 * qsizetype(t), quint32(b.size()));
+        const quint64 tw = std::min<quint64>(64, layerW - (t % tilesX) * 64);
+        const quint64 th = std::min<quint64>(64, layerH - (t / tilesX) * 64);
+        for (quint32 channel = 0; channel < bpp; ++channel) {
+            const char value = char((channel * 60 + t * 13) & 0xFF);
+            for (quint64 left = tw * th; left > 0;) {
+                const quint64 run = std::min<quint64>(127, left);
+                b += char(run - 1); // the next byte, run times
+                b += value;
+                left -= run;
+            }
+        }
     }
     return b;
 }

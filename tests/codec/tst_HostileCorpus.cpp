@@ -138,8 +138,9 @@ private slots:
         QStringList unopened;
         for (const ProbeResult& r : results)
             if (r.entry.damage == "valid" && r.outcome == ProbeResult::Outcome::Refused &&
-                QStringList({"png", "jpg", "gif", "bmp", "tif", "webp", "tga", "ico", "psd", "sgi",
-                             "pcx", "ppm", "pgm", "pbm", "xpm", "xbm", "svg", "svgz", "pdf"})
+                QStringList({"png", "jpg", "gif", "bmp", "tif", "tiff", "webp", "tga",
+                             "ico", "psd", "sgi", "pcx", "xcf", "pict", "mac",  "pntg",
+                             "ppm", "pgm", "pbm", "xpm", "xbm", "svg",  "svgz", "pdf"})
                     .contains(r.suffix))
                 unopened << r.entry.name;
 

@@ -20,7 +20,6 @@ using FuzzSupport::check;
 
 namespace {
 
-std::unique_ptr<QGuiApplication> app;
 std::unique_ptr<QTemporaryDir> folder;
 QStringList suffixes;
 
@@ -32,7 +31,10 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     // Magick's worker threads would only compete with the fuzzer for the cores.
     qputenv("MAGICK_THREAD_LIMIT", "1");
-    app = std::make_unique<QGuiApplication>(*argc, *argv);
+    // Never destroyed: libFuzzer leaves by exit(), and by the time a static destructor ran,
+    // Qt's own globals would already be gone.
+    static QGuiApplication* const app = new QGuiApplication(*argc, *argv);
+    Q_UNUSED(app);
     folder = std::make_unique<QTemporaryDir>();
     check(folder->isValid(), "a private temporary folder");
     suffixes = ImageDecoder::readableSuffixes();

@@ -14,6 +14,7 @@
 #include "codec/DecodeLimits.h"
 #include "codec/DecoderBackends.h"
 #include "codec/FormatRegistry.h"
+#include "codec/MagickSupport.h"
 
 namespace DecoderBackends {
 
@@ -105,6 +106,9 @@ QSize orientedSize(const QImageReader& reader, QSize size) {
 
 Outcome qtDecode(const QString& path, DecodedImage& out) {
     setQtAllocationLimit();
+    // Other code of the process (a style or platform plugin) may have started Magick++, whose
+    // TIFF module leaves libtiff's handlers pointing at its own freed reports.
+    useOwnTiffHandlers();
     QImageReader reader(path);
     reader.setAutoTransform(true);
     if (!reader.canRead())
@@ -140,6 +144,7 @@ Outcome qtDecode(const QString& path, DecodedImage& out) {
 }
 
 Outcome qtMeasure(const QString& path, QSizeF& out) {
+    useOwnTiffHandlers();
     QImageReader reader(path);
     reader.setAutoTransform(true);
     if (!reader.canRead())

@@ -49,6 +49,8 @@ void AboutLoop::run() {
         return;
     AboutLoop* outer = runningLoop;
     runningLoop = this;
+    // Input is watched from before the panel shows: showing it may already deliver events.
+    qApp->installEventFilter(this);
 
     // Centred on the screen of the main window, or the primary screen.
     QWidget* over = mPanel->parentWidget() ? mPanel->parentWidget()->window() : nullptr;
@@ -58,7 +60,6 @@ void AboutLoop::run() {
     mPanel->show();
     mPanel->raise();
     mPanel->activateWindow();
-    qApp->installEventFilter(this);
 
     bool idleClockRuns = false;
     double idleStart = 0.0;

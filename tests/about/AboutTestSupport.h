@@ -6,8 +6,18 @@
 #include "about/AboutLoop.h"
 #include "about/WebLinks.h"
 
+#include <QCoreApplication>
 #include <QList>
+#include <QMouseEvent>
+#include <QWidget>
 #include <QUrl>
+
+// The mouse moved over a point of the widget, as the window system reports it.
+inline void hover(QWidget* widget, QPoint point) {
+    QMouseEvent move(QEvent::MouseMove, QPointF(point), QPointF(widget->mapToGlobal(point)),
+                     Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(widget, &move);
+}
 
 inline void initProgramResources() { Q_INIT_RESOURCE(resources); }
 inline void cleanupProgramResources() { Q_CLEANUP_RESOURCE(resources); }

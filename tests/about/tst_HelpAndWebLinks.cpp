@@ -154,7 +154,7 @@ private slots:
         for (const QString& topic : {"main.htm", "opening.htm", "navigating.htm", "rotating.htm",
                                      "converting.htm", "formats.htm", "preferences.htm"})
             QVERIFY2(pages.contains(topic), qPrintable(topic));
-        const QRegularExpression href(R"(href="([^"]+)\")");
+        const QRegularExpression href(QStringLiteral("href=\"([^\"]+)\""));
         for (const QString& name : pages) {
             QFile file(":/help/" + name);
             QVERIFY(file.open(QIODevice::ReadOnly));

@@ -181,12 +181,12 @@ private slots:
         links()->resetCursorRects();
         QVERIFY(!links()->cursorRects().isEmpty());
         const QRect link = links()->cursorRects().first().rect;
-        QTest::mouseMove(links()->viewport(), link.center());
+        hover(links()->viewport(), link.center());
         QCOMPARE(links()->viewport()->cursor().shape(), Qt::BitmapCursor);
         QCOMPARE(links()->viewport()->cursor().pixmap().cacheKey(),
                  LinkRunTextView::fingerCursor().pixmap().cacheKey());
         // Left of the first line's link lies its plain text.
-        QTest::mouseMove(links()->viewport(), QPoint(link.left() - 8, link.center().y()));
+        hover(links()->viewport(), QPoint(link.left() - 8, link.center().y()));
         QCOMPARE(links()->viewport()->cursor().shape(), Qt::ArrowCursor);
     }
 

@@ -165,12 +165,12 @@ QImage drawFinger() {
     p.rotate(-42);
     QPainterPath hand;
     hand.setFillRule(Qt::WindingFill);
-    hand.addRoundedRect(QRectF(-2.6, 0, 5.2, 16), 2.6, 2.6);  // index finger
-    hand.addRoundedRect(QRectF(-3.2, 11, 14.5, 11), 3.5, 3.5); // fist
-    hand.addRoundedRect(QRectF(1.8, 10.4, 4.6, 6.5), 2.3, 2.3); // middle knuckle
-    hand.addRoundedRect(QRectF(6.0, 11.0, 4.6, 6.0), 2.3, 2.3); // ring knuckle
+    hand.addRoundedRect(QRectF(-2.6, 0, 5.2, 16), 2.6, 2.6);     // index finger
+    hand.addRoundedRect(QRectF(-3.2, 11, 14.5, 11), 3.5, 3.5);   // fist
+    hand.addRoundedRect(QRectF(1.8, 10.4, 4.6, 6.5), 2.3, 2.3);  // middle knuckle
+    hand.addRoundedRect(QRectF(6.0, 11.0, 4.6, 6.0), 2.3, 2.3);  // ring knuckle
     hand.addRoundedRect(QRectF(-7.2, 13.5, 6.0, 4.6), 2.3, 2.3); // thumb
-    hand.addRoundedRect(QRectF(-1.5, 21, 11.5, 5), 1.2, 1.2);   // cuff
+    hand.addRoundedRect(QRectF(-1.5, 21, 11.5, 5), 1.2, 1.2);    // cuff
     const QPainterPath outline = hand.simplified();
     p.setPen(QPen(Qt::black, 1.3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     p.setBrush(Qt::white);
@@ -187,8 +187,8 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     const QString folder = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(".");
-    const bool ok = drawSplash().save(folder + "/splash.png") &&
-                    drawFinger().save(folder + "/finger.png");
+    const bool ok =
+        drawSplash().save(folder + "/splash.png") && drawFinger().save(folder + "/finger.png");
     QTextStream(stderr) << (ok ? "wrote " : "could not write ") << folder
                         << "/splash.png and finger.png\n";
     return ok ? 0 : 1;

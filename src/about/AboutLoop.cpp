@@ -37,7 +37,9 @@ AboutLoop::~AboutLoop() {
         runningLoop = nullptr;
 }
 
-AboutLoop* AboutLoop::current() { return runningLoop; }
+AboutLoop* AboutLoop::current() {
+    return runningLoop;
+}
 
 double AboutLoop::now() const {
     const Timing& t = timing();
@@ -117,12 +119,13 @@ bool AboutLoop::eventFilter(QObject* watched, QEvent* event) {
         if (press->button() != Qt::LeftButton)
             return !belongsToPanel(watched); // other buttons reach the panel only
         // The same press again, handed on from its window to a widget or up to a parent.
-        if (event == mLastPress || (press->timestamp() != 0 && press->timestamp() == mLastTimestamp))
+        if (event == mLastPress ||
+            (press->timestamp() != 0 && press->timestamp() == mLastTimestamp))
             return false;
         mLastPress = event;
         mLastTimestamp = press->timestamp();
-        const QPointF inPanel = mPanel ? QPointF(mPanel->mapFromGlobal(press->globalPosition()))
-                                       : QPointF();
+        const QPointF inPanel =
+            mPanel ? QPointF(mPanel->mapFromGlobal(press->globalPosition())) : QPointF();
         if (belongsToPanel(watched) && mPanel->inActiveStrip(inPanel)) {
             ++mClicksHandedOn;
             wake();

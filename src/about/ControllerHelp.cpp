@@ -17,14 +17,20 @@ int16_t Controller::registerMyHelpBook() {
 void Controller::displayHelp(QObject*) {
     const QString book = HelpBook::configuredBookName();
     const QString page = QLatin1String(HelpBook::kFrontPage);
-    const QUrl url = book.isEmpty() ? HelpBook::shippedPage(page)
-                                    : HelpBook::pageOfBook(book, page);
+    const QUrl url =
+        book.isEmpty() ? HelpBook::shippedPage(page) : HelpBook::pageOfBook(book, page);
     if (!url.isEmpty())
         HelpWindow::showPage(itsMainWindow, url);
 }
 
-void Controller::visitSite(QObject*) { openURL(WebLinks::homePage()); }
+void Controller::visitSite(QObject*) {
+    openURL(WebLinks::homePage());
+}
 
-void Controller::visitAd(QObject*) { openURL(WebLinks::adPage()); }
+void Controller::visitAd(QObject*) {
+    openURL(WebLinks::adPage());
+}
 
-void Controller::visitSiteSupport(QObject*) { openURL(WebLinks::supportPage()); }
+void Controller::visitSiteSupport(QObject*) {
+    openURL(WebLinks::supportPage());
+}

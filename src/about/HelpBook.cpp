@@ -29,13 +29,17 @@ QUrl urlOfFile(const QString& path) {
 
 } // namespace
 
-QString configuredBookName() { return bookName(); }
+QString configuredBookName() {
+    return bookName();
+}
 
-void setConfiguredBookName(const QString& name) { bookName() = name; }
+void setConfiguredBookName(const QString& name) {
+    bookName() = name;
+}
 
 QString shippedFolder() {
     return QFileInfo::exists(kShippedFolder + u'/' + QLatin1String(kFrontPage)) ? kShippedFolder
-                                                                                 : QString();
+                                                                                : QString();
 }
 
 int16_t registerBook(const QString& name, const QString& folder) {
@@ -52,8 +56,12 @@ QUrl pageOfBook(const QString& name, const QString& page) {
     return urlOfFile(*book + u'/' + page);
 }
 
-QUrl shippedPage(const QString& page) { return urlOfFile(kShippedFolder + u'/' + page); }
+QUrl shippedPage(const QString& page) {
+    return urlOfFile(kShippedFolder + u'/' + page);
+}
 
-void forgetBooks() { registeredBooks().clear(); }
+void forgetBooks() {
+    registeredBooks().clear();
+}
 
 } // namespace HelpBook

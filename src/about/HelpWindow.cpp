@@ -38,7 +38,9 @@ bool isHelpPage(const QUrl& url) {
 
 } // namespace
 
-HelpWindow* HelpWindow::shared() { return sharedWindow(); }
+HelpWindow* HelpWindow::shared() {
+    return sharedWindow();
+}
 
 HelpWindow* HelpWindow::showPage(QWidget* owner, const QUrl& page) {
     if (!sharedWindow())
@@ -97,7 +99,9 @@ HelpWindow::HelpWindow(QWidget* owner) : QWidget(owner, Qt::Window) {
     connect(escape, &QShortcut::activated, this, &QWidget::close);
 }
 
-QUrl HelpWindow::source() const { return mBrowser->source(); }
+QUrl HelpWindow::source() const {
+    return mBrowser->source();
+}
 
 void HelpWindow::follow(const QUrl& link) {
     const QUrl target = mBrowser->source().resolved(link);

@@ -33,7 +33,9 @@ LinkRunTextView::LinkRunTextView(QWidget* parent) : LinkTextView(parent) {
             });
 }
 
-QColor LinkRunTextView::linkColour() const { return Qt::blue; }
+QColor LinkRunTextView::linkColour() const {
+    return Qt::blue;
+}
 
 int LinkRunTextView::documentHeight() const {
     return int(std::ceil(document()->size().height())) + 2 * frameWidth();
@@ -43,4 +45,6 @@ QSize LinkRunTextView::sizeHint() const {
     return {LinkTextView::sizeHint().width(), documentHeight()};
 }
 
-QSize LinkRunTextView::minimumSizeHint() const { return {0, documentHeight()}; }
+QSize LinkRunTextView::minimumSizeHint() const {
+    return {0, documentHeight()};
+}

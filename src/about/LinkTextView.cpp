@@ -96,9 +96,13 @@ LinkTextView::LinkTextView(QWidget* parent) : QTextBrowser(parent) {
     connect(this, &QTextBrowser::anchorClicked, this, &LinkTextView::openLink);
 }
 
-void LinkTextView::awakeFromNib() { createLink(); }
+void LinkTextView::awakeFromNib() {
+    createLink();
+}
 
-QColor LinkTextView::linkColour() const { return Qt::white; }
+QColor LinkTextView::linkColour() const {
+    return Qt::white;
+}
 
 void LinkTextView::createLink() {
     const QString host = hostString();
@@ -228,4 +232,6 @@ void LinkTextView::scrollContentsBy(int dx, int dy) {
     resetCursorRects();
 }
 
-void LinkTextView::openLink(const QUrl& link) { openURL(WebLinks::onSite(link)); }
+void LinkTextView::openLink(const QUrl& link) {
+    openURL(WebLinks::onSite(link));
+}

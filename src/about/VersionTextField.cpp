@@ -10,7 +10,9 @@ VersionTextField::VersionTextField(QWidget* parent) : QLabel(parent) {
     setPalette(colours);
 }
 
-void VersionTextField::awakeFromNib() { setText(versionText()); }
+void VersionTextField::awakeFromNib() {
+    setText(versionText());
+}
 
 QString VersionTextField::versionText() {
     const QString version = QCoreApplication::applicationVersion();

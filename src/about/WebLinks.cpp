@@ -13,15 +13,21 @@ QUrl pageOnSite(const QString& pathAndQuery) {
 
 } // namespace
 
-QUrl homePage() { return pageOnSite(QString()); }
+QUrl homePage() {
+    return pageOnSite(QString());
+}
 
-QUrl adPage() { return pageOnSite(QStringLiteral("/mac.htm")); }
+QUrl adPage() {
+    return pageOnSite(QStringLiteral("/mac.htm"));
+}
 
 QUrl supportPage() {
     return pageOnSite(QStringLiteral("/support.aspx?id=") + QLatin1String(kSupportId));
 }
 
-QUrl onSite(const QUrl& link) { return link.isRelative() ? homePage().resolved(link) : link; }
+QUrl onSite(const QUrl& link) {
+    return link.isRelative() ? homePage().resolved(link) : link;
+}
 
 QString withSiteNames(QString text) {
     return text.replace(QLatin1String("{site}"), QLatin1String(kSiteHost))
@@ -47,4 +53,6 @@ bool openURL(const QUrl& url) {
     return QDesktopServices::openUrl(url);
 }
 
-void setUrlOpener(UrlOpener opener) { currentOpener() = std::move(opener); }
+void setUrlOpener(UrlOpener opener) {
+    currentOpener() = std::move(opener);
+}

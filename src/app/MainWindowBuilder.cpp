@@ -3,10 +3,10 @@
 // controls are wired to their actions only after that, so that the initial values set by the
 // start-up don't read as user actions.
 
-#include "app/Controller.h"
 #include "about/AboutPanel.h"
 #include "about/FineScrollArea.h"
 #include "about/LinkRunTextView.h"
+#include "app/Controller.h"
 #include "app/PrefDrawer.h"
 #include "view/wmfImageView.h"
 

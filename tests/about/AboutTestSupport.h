@@ -9,8 +9,8 @@
 #include <QCoreApplication>
 #include <QList>
 #include <QMouseEvent>
-#include <QWidget>
 #include <QUrl>
+#include <QWidget>
 
 // The mouse moved over a point of the widget, as the window system reports it.
 inline void hover(QWidget* widget, QPoint point) {
@@ -19,8 +19,12 @@ inline void hover(QWidget* widget, QPoint point) {
     QCoreApplication::sendEvent(widget, &move);
 }
 
-inline void initProgramResources() { Q_INIT_RESOURCE(resources); }
-inline void cleanupProgramResources() { Q_CLEANUP_RESOURCE(resources); }
+inline void initProgramResources() {
+    Q_INIT_RESOURCE(resources);
+}
+inline void cleanupProgramResources() {
+    Q_CLEANUP_RESOURCE(resources);
+}
 
 struct CapturedUrls {
     QList<QUrl> urls;

@@ -23,7 +23,9 @@
 namespace {
 
 // A point of the panel given as the picture was drawn: origin at the lower left.
-QPoint lowerLeft(const QWidget* panel, int x, int y) { return QPoint(x, panel->height() - y); }
+QPoint lowerLeft(const QWidget* panel, int x, int y) {
+    return QPoint(x, panel->height() - y);
+}
 
 // Counts the presses that reach a widget.
 struct PressCounter : QObject {
@@ -111,8 +113,8 @@ private slots:
         QVERIFY(shape.contains(QPoint(250, 160)));
         QVERIFY(!shape.contains(QPoint(0, splash.height() - 1)));
         QVERIFY(!shape.contains(QPoint(splash.width() - 1, 0)));
-        QVERIFY(shape.contains(QPoint(250, 302)));   // shadow just under the card
-        QVERIFY(!shape.contains(QPoint(250, 318)));  // clear below the shadow
+        QVERIFY(shape.contains(QPoint(250, 302)));  // shadow just under the card
+        QVERIFY(!shape.contains(QPoint(250, 318))); // clear below the shadow
         QCOMPARE(qAlpha(view->shadowImage().pixel(250, 302)) > 0, true);
         QCOMPARE(qAlpha(view->shadowImage().pixel(250, 20)) > 0, true); // hidden under the card
         // Drawn: the picture over its shadow, clear where neither is.
@@ -151,9 +153,8 @@ private slots:
         bool shownCentred = false;
         int waits = -1;
         runAbout([&] {
-            shownCentred = panel->isVisible() &&
-                           panel->geometry().center() ==
-                               panel->screen()->availableGeometry().center();
+            shownCentred = panel->isVisible() && panel->geometry().center() ==
+                                                     panel->screen()->availableGeometry().center();
             waits = AboutLoop::current()->emptyWaits();
             clickWindowAt(lowerLeft(panel, 100, 100));
         });

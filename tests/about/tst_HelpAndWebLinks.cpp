@@ -57,7 +57,8 @@ private slots:
         QCOMPARE(WebLinks::supportPage(),
                  QUrl("http://www.ormidon.org/support.aspx?id=" + QString(WebLinks::kSupportId)));
         QCOMPARE(WebLinks::onSite(QUrl("/mac.htm")), WebLinks::adPage());
-        QCOMPARE(WebLinks::onSite(QUrl("https://other.example/x")), QUrl("https://other.example/x"));
+        QCOMPARE(WebLinks::onSite(QUrl("https://other.example/x")),
+                 QUrl("https://other.example/x"));
     }
 
     void eachWebActionOpensExactlyOnePageAndChangesNothing() {

@@ -95,7 +95,8 @@ private slots:
         QCOMPARE(LinkTextView::iBarURL, host);
         QCOMPARE(LinkTextView::iHTTP, QString("http://"));
         QVERIFY(view->isReadOnly());
-        QCOMPARE(view->document()->firstBlock().blockFormat().alignment() & Qt::AlignHorizontal_Mask,
+        QCOMPARE(view->document()->firstBlock().blockFormat().alignment() &
+                     Qt::AlignHorizontal_Mask,
                  Qt::AlignHCenter);
         const QTextCharFormat link = formatAt(view->document(), 0);
         QVERIFY(link.isAnchor());
@@ -230,7 +231,8 @@ private slots:
         QVERIFY(!plain.isAnchor());
         QCOMPARE(plain.foreground().color(), QColor(Qt::white));
         QVERIFY(!plain.fontUnderline());
-        QCOMPARE(view->document()->firstBlock().blockFormat().alignment() & Qt::AlignHorizontal_Mask,
+        QCOMPARE(view->document()->firstBlock().blockFormat().alignment() &
+                     Qt::AlignHorizontal_Mask,
                  Qt::AlignHCenter);
         QVERIFY(view->cursorRects().isEmpty());
     }

@@ -75,8 +75,8 @@ private slots:
         // The area shows 44 pixels; the document goes at least 40 further.
         QVERIFY2(area()->verticalScrollBar()->maximum() >= 41,
                  qPrintable(QString::number(area()->verticalScrollBar()->maximum())));
-        QCOMPARE(links()->height(), area()->viewport()->height() +
-                                        area()->verticalScrollBar()->maximum());
+        QCOMPARE(links()->height(),
+                 area()->viewport()->height() + area()->verticalScrollBar()->maximum());
     }
 
     void positionsOnTheRealScrollArea() {
@@ -149,8 +149,7 @@ private slots:
 
     void linksAreBlueAndUnderlined() {
         int linkRuns = 0;
-        for (QTextBlock block = links()->document()->begin(); block.isValid();
-             block = block.next())
+        for (QTextBlock block = links()->document()->begin(); block.isValid(); block = block.next())
             for (auto it = block.begin(); !it.atEnd(); ++it) {
                 const QTextCharFormat format = it.fragment().charFormat();
                 if (!format.isAnchor() || format.anchorHref().isEmpty())

@@ -2,8 +2,9 @@
 # Drives Ormidon in a real X server: shows the about splash once and closes it with a key, opens
 # a picture from the command line, steps to the next one with the arrow key, converts it with the
 # menu shortcut, hands a file over from a second launch, quits, and checks the files and the
-# preferences the run left behind. Screenshots of the splash and the window are kept as
-# real_window_splash.png and real_window.png in the given folder for a person to look at.
+# preferences the run left behind; on the way, F1 shows the help window. Screenshots of the
+# splash, the help and the window are kept as real_window_splash.png, real_window_help.png and
+# real_window.png in the given folder for a person to look at.
 set -euo pipefail
 app=${1:?path to the ormidon binary}
 shots=${2:-$PWD}
@@ -38,6 +39,19 @@ splash_once() {
     && fail "a key press did not close the splash"
   local main
   main=$(wait_title "Ormidon: c.png") || fail "the file named at launch did not open after the splash"
+  # F1 opens the help at its front page, in a window of its own; Escape closes it.
+  xdotool mousemove --window "$main" 300 250 click 1 key F1
+  local help
+  help=$(wait_title "Ormidon Help: Ormidon Help") || fail "F1 showed no help window"
+  sleep 0.5
+  import -window root "$shots/real_window_help.png"
+  xdotool windowfocus --sync "$help" key Escape
+  for _ in $(seq 30); do
+    xdotool search --onlyvisible --name "^Ormidon Help" >/dev/null 2>&1 || break
+    sleep 0.1
+  done
+  xdotool search --onlyvisible --name "^Ormidon Help" >/dev/null 2>&1 \
+    && fail "Escape did not close the help window"
   xdotool mousemove --window "$main" 300 250 click 1 key ctrl+q
   for _ in $(seq 100); do kill -0 "$spid" 2>/dev/null || break; sleep 0.1; done
   kill -0 "$spid" 2>/dev/null && fail "ctrl+q did not quit after the splash"

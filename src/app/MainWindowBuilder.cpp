@@ -231,9 +231,9 @@ void Controller::loadMainWindow() {
     connect(itsMenuItemMonochrome, &QAction::triggered, this,
             [this] { monohrome(itsMenuItemMonochrome); });
     connect(itsMenuItemPref, &QAction::triggered, this, [this] { showPref(itsMenuItemPref); });
-    connect(about, &QAction::triggered, this, [this, about] { runAbout(about); });
     connect(help, &QAction::triggered, this, [this, help] { displayHelp(help); });
     connect(site, &QAction::triggered, this, [this, site] { visitSite(site); });
     connect(ad, &QAction::triggered, this, [this, ad] { visitAd(ad); });
     connect(support, &QAction::triggered, this, [this, support] { visitSiteSupport(support); });
+    connect(about, &QAction::triggered, this, [this, about] { runAbout(about); });
 }

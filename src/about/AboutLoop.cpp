@@ -118,11 +118,11 @@ bool AboutLoop::eventFilter(QObject* watched, QEvent* event) {
         auto* press = static_cast<QMouseEvent*>(event);
         if (press->button() != Qt::LeftButton)
             return !belongsToPanel(watched); // other buttons reach the panel only
-        // The same press again, handed on from its window to a widget or up to a parent.
-        if (event == mLastPress ||
-            (press->timestamp() != 0 && press->timestamp() == mLastTimestamp))
+        // The same press again, handed on from its window to a widget or up to a parent: it
+        // keeps its time stamp. (Its address tells nothing: the next press may be made at the
+        // same place on the stack.)
+        if (press->timestamp() != 0 && press->timestamp() == mLastTimestamp)
             return false;
-        mLastPress = event;
         mLastTimestamp = press->timestamp();
         const QPointF inPanel =
             mPanel ? QPointF(mPanel->mapFromGlobal(press->globalPosition())) : QPointF();

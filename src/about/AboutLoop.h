@@ -13,7 +13,6 @@
 #include <functional>
 
 class AboutPanel;
-class QEvent;
 class QEventLoop;
 
 class AboutLoop : public QObject {
@@ -54,6 +53,5 @@ private:
     int mEmptyWaits = 0;
     int mClicksHandedOn = 0;
     // The last press seen: a window hands its press on to a widget, and it counts once.
-    const QEvent* mLastPress = nullptr;
     quint64 mLastTimestamp = 0;
 };

@@ -190,6 +190,22 @@ private slots:
         QVERIFY(!panel->isVisible());
     }
 
+    void clickOutsideAfterClicksInsideStillClosesAtOnce() {
+        int lastWait = 0;
+        FakeAboutClock clock(1.0, [&](int n) {
+            lastWait = n;
+            if (n == 1)
+                QTimer::singleShot(0, [&] {
+                    clickWindowAt(lowerLeft(panel, 150, 190));
+                    clickWindowAt(lowerLeft(panel, 300, 190));
+                    clickWindowAt(lowerLeft(panel, 100, 100));
+                });
+        });
+        runAbout();
+        QCOMPARE(lastWait, 1);
+        QVERIFY(!panel->isVisible());
+    }
+
     void untouchedPanelClosesAtTheFirstWaitAfterMoreThanThreeIdleSeconds() {
         int waits = 0;
         {

@@ -157,11 +157,20 @@ public:
     void clearImageList();
     void addImageView(const QString& path);
     void runAbout(QObject* sender);
-    void registerMyHelpBook();
+    int16_t registerMyHelpBook(); // 0, or -43 when the help pages are missing
     void loadTextToScroll();
     void setScrollAmount(float amount);
     void startScrollingAnimation();
     void stopScrollingAnimation();
+
+    // ---------------------------------------------------------------- about/: panel, links, help
+    void changeTransparencyAbout(float alpha);
+    QString textToScroll() const; // the shipped "links" document; empty when it is missing
+    void scrollOneUnit();         // one tick of the links text's motion
+    void displayHelp(QObject* sender);
+    void visitSite(QObject* sender);
+    void visitAd(QObject* sender);
+    void visitSiteSupport(QObject* sender);
 
     // Off by default; the test switch --no-splash and the test suites turn it on.
     bool skipSplash = false;

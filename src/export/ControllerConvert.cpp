@@ -4,6 +4,7 @@
 // through blocking posts to the GUI thread, so every step happens in order.
 
 #include "app/Controller.h"
+#include "app/BusyWork.h"
 #include "app/GuiThread.h"
 #include "app/TextNumbers.h"
 #include "browse/FolderIndex.h"
@@ -133,7 +134,11 @@ void Controller::convert(QObject* /*sender*/) {
     const long format = getRealExportIndex(itsFormatCombo->currentText());
     if (format < 0)
         return;
-    saveImage(QString(), format);
+    // The picture shown now is the one converted and named, whatever opens meanwhile. Its
+    // decode, drawing and encode run beside the window, which keeps painting under the wait
+    // cursor; the question and any alert still come on the GUI thread, in the same order.
+    const QString shown = itsWmfView ? itsWmfView->wmfPath() : QString();
+    runWhileBusy(itsMainWindow, [this, &shown, format] { saveImage(shown, format); });
 }
 
 namespace {

@@ -75,10 +75,9 @@ int runApplication(int argc, char** argv) {
     controller.skipSplash = parser.isSet(noSplash);
     launchController(controller, files);
 
-    QObject::connect(&instance, &SingleInstance::filesReceived, &controller,
-                     [&controller](const QStringList& paths) {
-                         openHandedOverFiles(controller, paths);
-                     });
+    QObject::connect(
+        &instance, &SingleInstance::filesReceived, &controller,
+        [&controller](const QStringList& paths) { openHandedOverFiles(controller, paths); });
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &controller,
                      [&controller] { controller.applicationWillTerminate(); });
     return app.exec();

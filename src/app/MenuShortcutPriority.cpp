@@ -46,8 +46,8 @@ bool MenuShortcutPriority::isMenuShortcut(const QKeyEvent& key) const {
     if (!window)
         return false;
     const int code = key.key();
-    if (code == 0 || code == Qt::Key_unknown || code == Qt::Key_Control ||
-        code == Qt::Key_Shift || code == Qt::Key_Alt || code == Qt::Key_Meta)
+    if (code == 0 || code == Qt::Key_unknown || code == Qt::Key_Control || code == Qt::Key_Shift ||
+        code == Qt::Key_Alt || code == Qt::Key_Meta)
         return false;
     // The keypad's digits and signs are the same keys to a shortcut.
     const QKeySequence pressed(

@@ -3,8 +3,8 @@
 // the source's folder on a worker thread; the worker reads and updates the controls only
 // through blocking posts to the GUI thread, so every step happens in order.
 
-#include "app/Controller.h"
 #include "app/BusyWork.h"
+#include "app/Controller.h"
 #include "app/GuiThread.h"
 #include "app/TextNumbers.h"
 #include "browse/FolderIndex.h"

@@ -96,7 +96,8 @@ private slots:
         QDir().mkpath(home.path() + "/Library/Preferences");
         QFile pref(home.path() + "/Library/Preferences/zel.pref");
         QVERIFY(pref.open(QIODevice::WriteOnly));
-        pref.write(QStringLiteral("{\n    srcLocation = \"%1\";\n}\n").arg(picture("b.png")).toUtf8());
+        pref.write(
+            QStringLiteral("{\n    srcLocation = \"%1\";\n}\n").arg(picture("b.png")).toUtf8());
         pref.close();
         launch({});
         QCOMPARE(title(), QStringLiteral("Ormidon: b.png"));

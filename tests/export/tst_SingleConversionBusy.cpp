@@ -95,8 +95,7 @@ private slots:
         QCOMPARE(watch.waitCursorTicks, watch.ticks);
         QVERIFY(counter.paints > 0);
         QVERIFY(!QGuiApplication::overrideCursor()); // and it is gone afterwards
-        qInfo("%d passes of the event loop, longest gap %lld ms", watch.ticks,
-              watch.longestGapMs);
+        qInfo("%d passes of the event loop, longest gap %lld ms", watch.ticks, watch.longestGapMs);
 
         QImageReader reader(f.outPath("big.PNGf"), "png");
         const QImage written = reader.read();

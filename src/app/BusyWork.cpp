@@ -3,60 +3,47 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QGuiApplication>
-#include <QPointer>
 #include <QThread>
-#include <QWidget>
 
 #include <atomic>
 #include <exception>
 #include <memory>
 
-namespace {
+ScopedWaitCursor::ScopedWaitCursor(QWidget* window) : watched(window) {
+    if (watched)
+        watched->installEventFilter(this);
+    show();
+}
 
-// The wait cursor for the length of a piece of work, lifted while a modal box blocks the
-// window (the user has to answer it) and put back when the box goes.
-class BusyCursor : public QObject {
-public:
-    explicit BusyCursor(QWidget* window) : watched(window) {
-        if (watched)
-            watched->installEventFilter(this);
-        show();
-    }
-    ~BusyCursor() override {
-        if (watched)
-            watched->removeEventFilter(this);
-        hide();
-    }
+ScopedWaitCursor::~ScopedWaitCursor() {
+    if (watched)
+        watched->removeEventFilter(this);
+    hide();
+}
 
-protected:
-    bool eventFilter(QObject* object, QEvent* event) override {
-        if (object == watched) {
-            if (event->type() == QEvent::WindowBlocked)
-                hide();
-            else if (event->type() == QEvent::WindowUnblocked)
-                show();
-        }
-        return false;
+bool ScopedWaitCursor::eventFilter(QObject* object, QEvent* event) {
+    if (object == watched) {
+        if (event->type() == QEvent::WindowBlocked)
+            hide();
+        else if (event->type() == QEvent::WindowUnblocked)
+            show();
     }
+    return false;
+}
 
-private:
-    void show() {
-        if (!shown && qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
-            QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-            shown = true;
-        }
+void ScopedWaitCursor::show() {
+    if (!shown && qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+        shown = true;
     }
-    void hide() {
-        if (shown) {
-            QGuiApplication::restoreOverrideCursor();
-            shown = false;
-        }
-    }
-    QPointer<QWidget> watched;
-    bool shown = false;
-};
+}
 
-} // namespace
+void ScopedWaitCursor::hide() {
+    if (shown) {
+        QGuiApplication::restoreOverrideCursor();
+        shown = false;
+    }
+}
 
 void runWhileBusy(QWidget* window, const std::function<void()>& work) {
     QCoreApplication* app = QCoreApplication::instance();
@@ -65,7 +52,7 @@ void runWhileBusy(QWidget* window, const std::function<void()>& work) {
         return;
     }
 
-    const BusyCursor busy(window);
+    const ScopedWaitCursor busy(window);
     std::exception_ptr failure;
     auto done = std::make_shared<std::atomic<bool>>(false);
     std::unique_ptr<QThread> worker(QThread::create([&work, &failure] {

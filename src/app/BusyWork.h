@@ -1,8 +1,29 @@
 #pragma once
 
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
 #include <functional>
 
-class QWidget;
+// The wait cursor for the lifetime of the object, lifted while a modal box blocks `window` (the
+// user has to answer it) and put back when the box goes. GUI thread only.
+class ScopedWaitCursor : public QObject {
+public:
+    explicit ScopedWaitCursor(QWidget* window);
+    ~ScopedWaitCursor() override;
+    ScopedWaitCursor(const ScopedWaitCursor&) = delete;
+    ScopedWaitCursor& operator=(const ScopedWaitCursor&) = delete;
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private:
+    void show();
+    void hide();
+    QPointer<QWidget> watched;
+    bool shown = false;
+};
 
 // Runs `work` on a thread of its own while the GUI thread waits for it with the wait cursor
 // over `window`: meanwhile the window repaints, timers run, and what the work posts to the GUI

@@ -134,10 +134,17 @@ void Controller::convert(QObject* /*sender*/) {
     const long format = getRealExportIndex(itsFormatCombo->currentText());
     if (format < 0)
         return;
+    const QString shown = itsWmfView ? itsWmfView->wmfPath() : QString();
+    if (format == kEpsFormat) {
+        // The EPS is the view's own drawing of the picture it shows: made in one go here, so
+        // that nothing opened meanwhile can slip into it.
+        const ScopedWaitCursor busy(itsMainWindow);
+        saveImage(shown, format);
+        return;
+    }
     // The picture shown now is the one converted and named, whatever opens meanwhile. Its
     // decode, drawing and encode run beside the window, which keeps painting under the wait
     // cursor; the question and any alert still come on the GUI thread, in the same order.
-    const QString shown = itsWmfView ? itsWmfView->wmfPath() : QString();
     runWhileBusy(itsMainWindow, [this, &shown, format] { saveImage(shown, format); });
 }
 

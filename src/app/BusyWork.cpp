@@ -1,5 +1,6 @@
 #include "app/BusyWork.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QGuiApplication>
@@ -75,6 +76,10 @@ void runWhileBusy(QWidget* window, const std::function<void()>& work) {
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
                                         QEventLoop::WaitForMoreEvents);
     worker->wait();
+    // The user's input kept back meanwhile is still queued, and the window system's source of
+    // events only looks at its queue when woken: wake the loop, so that it is handled next.
+    if (QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance())
+        dispatcher->wakeUp();
     if (failure)
         std::rethrow_exception(failure);
 }

@@ -12,7 +12,7 @@ inside=${3:-}
 fail() { echo "FAIL: $*"; exit 1; }
 
 wait_title() { # prints the id of a window whose title is exactly $1, once there is one
-  for _ in $(seq 100); do
+  for _ in $(seq "${2:-100}"); do # tenths of a second
     id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n1 || true)
     [ -n "$id" ] && { echo "$id"; return 0; }
     sleep 0.1
@@ -109,6 +109,18 @@ run_in_x() {
   xdotool key Right
   wait_title "Ormidon: c.png" >/dev/null || fail "Right after the hand-over did not step to c.png"
   sleep 0.3
+  # A larger picture: Right pressed while it converts waits for the conversion, and is then
+  # handled, never lost; the output is the picture that was shown at Ctrl+E.
+  timeout 10 "$app" --no-splash "$large/big.jpg" || fail "the third launch did not end"
+  sleep 0.5
+  xdotool key ctrl+e Right
+  wait_title "Ormidon: next.png" 600 >/dev/null || {
+    import -window root "$shots/real_window_failed.png"
+    fail "Right pressed during a conversion was lost"
+  }
+  wait_file "$HOME/Desktop/big.TIFF" || fail "ctrl+e wrote no big.TIFF"
+  identify -format '%w %h\n' "$HOME/Desktop/big.TIFF" | grep -q '^4000 3000$' \
+    || fail "big.TIFF is not the 4000 x 3000 picture"
   xdotool key ctrl+q
   for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
   kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit"
@@ -122,21 +134,23 @@ fi
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-export work pictures=$work/pictures
+export work pictures=$work/pictures large=$work/large
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
+mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" "$large" && chmod 700 "$XDG_RUNTIME_DIR"
 unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
 convert -size 640x480 gradient:red-blue "$pictures/a.png"
 convert -size 480x640 gradient:yellow-green "$pictures/b.png"
 convert -size 300x200 xc:orange "$pictures/c.png"
 echo "not a picture" > "$pictures/b2.txt"
+convert -size 4000x3000 gradient:white-purple -density 72 -units PixelsPerInch "$large/big.jpg"
+convert -size 200x100 xc:teal "$large/next.png"
 
 xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$app" "$shots" inside || {
   echo "--- program output"; cat "$work/app.log"; exit 1; }
 
 pref=$HOME/Library/Preferences/zel.pref
 [ -f "$pref" ] || fail "no preferences file at $pref"
-grep -q "c.png" "$pref" || fail "the handed-over file is not the saved source: $(cat "$pref")"
+grep -q "next.png" "$pref" || fail "the picture shown last is not the saved source: $(cat "$pref")"
 identify -format '%w %h\n' "$HOME/Desktop/b.TIFF" | grep -q '^480 640$' \
   || fail "b.TIFF is not 480 x 640"
 echo "1 passed, 0 failed"

@@ -129,6 +129,7 @@ public:
     void slideRotate(QObject* sender);
     void controlTextDidEndEditing(QObject* object);
     void monohrome(QObject* sender);
+    void focusImageView(); // the main view takes the keyboard for the arrow keys
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;

@@ -7,6 +7,7 @@
 #include "about/FineScrollArea.h"
 #include "about/LinkRunTextView.h"
 #include "app/Controller.h"
+#include "app/MenuShortcutPriority.h"
 #include "app/PrefDrawer.h"
 #include "view/wmfImageView.h"
 
@@ -203,6 +204,8 @@ void Controller::loadMainWindow() {
     // Check marks follow the controller's state each time a menu opens.
     for (QMenu* menu : {fileMenu, viewMenu, helpMenu})
         connect(menu, &QMenu::aboutToShow, this, &Controller::validateMenuItems);
+    // The menu shortcuts work wherever the keyboard is, a text field included.
+    new MenuShortcutPriority(window);
 
     awakeFromNib();
 

@@ -151,9 +151,6 @@ public:
     // Settles an output after its writer ran (see SafeReplace) and, when nothing new could be
     // written, tells the user without stopping anything: status line and batch summary.
     void finishOutput(const QString& destPath, const QString& reason);
-    // A batch's file that cannot be drawn: its empty output goes, what a Yes moved aside comes
-    // back, and the file is named with `reason` in the batch's summary.
-    void skipOutput(const QString& destPath, const QString& reason);
 
     // ---------------------------------------------------------------- thumbs/, about/ hooks
     void threadFillImageList();

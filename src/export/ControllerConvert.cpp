@@ -127,6 +127,16 @@ ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds, BatchL
     return job;
 }
 
+// A batch's file that cannot be drawn: the empty file at its output path is the one the naming
+// step made for it and goes; what a Yes moved aside comes back, and the batch's summary names
+// the file with `reason`.
+void skipOutput(Controller& c, const QString& destPath, const QString& reason) {
+    const QFileInfo placeholder(destPath);
+    if (placeholder.isFile() && !placeholder.isSymLink() && placeholder.size() == 0)
+        QFile::remove(destPath);
+    c.finishOutput(destPath, reason);
+}
+
 } // namespace
 
 void Controller::saveImage(const QString& source, long format) {
@@ -185,7 +195,7 @@ void Controller::saveImage(const QString& source, long format) {
         job.decoded = DecodedImage{}; // the source's pixels go before the encoder's buffers come
         if (picture.isNull()) {
             if (job.inBatch && !job.failure.isEmpty()) {
-                skipOutput(dest, job.failure);
+                skipOutput(*this, dest, job.failure);
                 return;
             }
             finishOutput(dest, tr("the picture could not be drawn"));
@@ -219,15 +229,6 @@ void Controller::finishOutput(const QString& destPath, const QString& reason) {
         if (itsMainWindow)
             itsMainWindow->statusBar()->showMessage(line);
     });
-}
-
-void Controller::skipOutput(const QString& destPath, const QString& reason) {
-    // The empty file at the path is the one the naming step made for this file: it goes, and
-    // what a Yes moved aside comes back.
-    const QFileInfo placeholder(destPath);
-    if (placeholder.isFile() && !placeholder.isSymLink() && placeholder.size() == 0)
-        QFile::remove(destPath);
-    finishOutput(destPath, reason);
 }
 
 void Controller::convertAll(QObject* /*sender*/) {

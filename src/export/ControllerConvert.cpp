@@ -31,6 +31,8 @@
 
 #include <QFileInfo>
 
+#include <malloc.h>
+#include <mutex>
 #include <tuple>
 #include <vector>
 
@@ -278,6 +280,13 @@ void Controller::convertAllThread(Controller* controller) {
 }
 
 void Controller::convertAllThread() {
+    // A batch makes and frees pictures of tens of megabytes by the dozen, on several threads.
+    // glibc would serve those below its sliding mmap threshold (up to 32 MB) from per-thread
+    // heaps that keep them after they are freed; with the threshold fixed at 1 MB every picture
+    // is mapped on its own and goes back to the system when freed.
+    static std::once_flag mapLargeBlocks;
+    std::call_once(mapLargeBlocks, [] { mallopt(M_MMAP_THRESHOLD, 1 << 20); });
+
     QString current =
         onGuiThread([this] { return itsSrcFileName ? itsSrcFileName->text() : QString(); });
 

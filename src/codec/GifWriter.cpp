@@ -128,7 +128,7 @@ int16_t writeGif(const QImage& input, QSaveFile& file) {
     if (!attr.p)
         return kOutOfMemory;
     liq_set_max_colors(attr.p, 256);
-    liq_set_speed(attr.p, 8);
+    liq_set_speed(attr.p, 10);
     LiqImage image;
     image.p = liq_image_create_custom(attr.p, pictureRow, &picture, w, h, 0);
     if (!image.p)

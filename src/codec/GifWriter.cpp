@@ -122,8 +122,8 @@ int16_t writeGif(const QImage& input, QSaveFile& file) {
     const int h = picture.height();
 
     // 256 colours chosen for this picture at its own size, with error diffusion to hide the
-    // banding of skies and skin. Speed 8 of 10 samples the picture instead of weighing every
-    // pixel: for photographs the palette is the same to the eye, in a fraction of the time.
+    // banding of skies and skin. At its fastest speed libimagequant skips the edge and noise maps
+    // that weigh every pixel: for photographs the palette is the same to the eye, in less time.
     LiqAttr attr;
     if (!attr.p)
         return kOutOfMemory;

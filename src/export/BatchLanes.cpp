@@ -3,19 +3,57 @@
 #include <QFileInfo>
 #include <QThread>
 
+#include <algorithm>
+
 #include <exception>
 #include <new>
 
 BatchLanes::BatchLanes(QStringList files, Reader reader, int laneCount)
     : files(std::move(files)), reader(std::move(reader)), laneCount(std::max(1, laneCount)),
       freeLanes(this->laneCount) {
-    pool.setMaxThreadCount(this->laneCount);
-    // A lane's thread lives for the batch: no thread is made and ended per file.
-    pool.setExpiryTimeout(-1);
+    for (int i = 0; i < this->laneCount; ++i)
+        threads.emplace_back([this] { serve(); });
 }
 
 BatchLanes::~BatchLanes() {
     drain();
+    {
+        const std::lock_guard lock(queueMutex);
+        closing = true;
+    }
+    queued.notify_all();
+    for (std::thread& t : threads)
+        t.join();
+}
+
+void BatchLanes::serve() {
+    for (;;) {
+        std::function<void()> task;
+        {
+            std::unique_lock lock(queueMutex);
+            queued.wait(lock, [this] { return closing || !queue.empty(); });
+            if (queue.empty())
+                return; // closing, and nothing left to do
+            task = std::move(queue.front());
+            queue.pop_front();
+            ++running;
+        }
+        task();
+        task = nullptr; // what the task holds goes before the lane counts as idle
+        {
+            const std::lock_guard lock(queueMutex);
+            --running;
+        }
+        idle.notify_all();
+    }
+}
+
+void BatchLanes::start(std::function<void()> task) {
+    {
+        const std::lock_guard lock(queueMutex);
+        queue.push_back(std::move(task));
+    }
+    queued.notify_one();
 }
 
 int BatchLanes::idealLaneCount() {
@@ -26,7 +64,7 @@ std::future<SourceRead> BatchLanes::readOnLane(int index) {
     auto task = std::make_shared<std::packaged_task<SourceRead()>>(
         [this, path = files.at(index)] { return reader(path); });
     std::future<SourceRead> result = task->get_future();
-    pool.start([task] { (*task)(); });
+    start([task] { (*task)(); });
     return result;
 }
 
@@ -36,7 +74,7 @@ void BatchLanes::readAhead(int after) {
     for (int i = after; i < files.size() && i < next + laneCount; ++i) {
         if (ahead.count(i))
             continue;
-        if (!freeLanes.tryAcquire())
+        if (!freeLanes.try_acquire())
             return;
         ahead.emplace(i, readOnLane(i));
     }
@@ -91,14 +129,17 @@ void BatchLanes::run(BatchLane lane, const QString& dest, std::function<void()> 
         held->release(); // the lane is free before the thread takes up anything else
     });
     writing.push_back({QFileInfo(dest).fileName(), task->get_future().share()});
-    pool.start([task] { (*task)(); });
+    start([task] { (*task)(); });
 }
 
 void BatchLanes::drain() {
-    pool.waitForDone();
+    {
+        std::unique_lock lock(queueMutex);
+        idle.wait(lock, [this] { return queue.empty() && running == 0; });
+    }
     for (auto& [index, read] : ahead)
         read.wait();
-    freeLanes.release(int(ahead.size())); // unused reads give their lanes back
+    freeLanes.release(std::ptrdiff_t(ahead.size())); // unused reads give their lanes back
     ahead.clear();
     writing.clear();
 }

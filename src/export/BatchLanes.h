@@ -1,14 +1,17 @@
 #pragma once
 
 #include <QRectF>
-#include <QSemaphore>
 #include <QStringList>
-#include <QThreadPool>
 
+#include <condition_variable>
+#include <deque>
 #include <functional>
 #include <future>
 #include <map>
 #include <memory>
+#include <mutex>
+#include <semaphore>
+#include <thread>
 #include <vector>
 
 #include "codec/ImageDecoder.h"
@@ -22,10 +25,12 @@ struct SourceRead {
 
 // One of the batch's lanes, held by a file from the moment its source is read until its output
 // is written. Moving it hands the lane on; letting it go frees the lane for the next file.
+using LaneCount = std::counting_semaphore<>;
+
 class BatchLane {
 public:
     BatchLane() = default;
-    explicit BatchLane(QSemaphore* lanes) : lanes(lanes) {}
+    explicit BatchLane(LaneCount* lanes) : lanes(lanes) {}
     BatchLane(BatchLane&& other) noexcept : lanes(std::exchange(other.lanes, nullptr)) {}
     BatchLane& operator=(BatchLane&& other) noexcept {
         if (this != &other) {
@@ -44,7 +49,7 @@ public:
     }
 
 private:
-    QSemaphore* lanes = nullptr;
+    LaneCount* lanes = nullptr;
 };
 
 // The lanes of "Convert All": as many files are in flight as the machine has cores. A file takes
@@ -82,12 +87,22 @@ public:
 private:
     std::future<SourceRead> readOnLane(int index);
     void readAhead(int after);
+    void start(std::function<void()> task); // on the lanes' threads, in the order given
+    void serve();                           // the body of each lane's thread
 
     const QStringList files;
     const Reader reader;
     const int laneCount;
-    QSemaphore freeLanes;
-    QThreadPool pool;
+    LaneCount freeLanes;
+    // The lanes' threads live for the batch. A task is queued only by a file that holds a lane,
+    // so the queue never holds more tasks than there are threads to take them.
+    std::mutex queueMutex;
+    std::condition_variable queued;
+    std::deque<std::function<void()>> queue;
+    int running = 0; // tasks taken from the queue and not yet finished
+    std::condition_variable idle;
+    bool closing = false;
+    std::vector<std::thread> threads;
     int next = 0; // index of the file the batch thread takes next
     std::map<int, std::future<SourceRead>> ahead;
     struct Write {

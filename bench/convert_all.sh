@@ -34,14 +34,10 @@ FORMATS="${FORMATS:-jpg png tif bmp gif}"
 TRANSFORM="${TRANSFORM:-1}"
 
 need=()
-[ -d /usr/share/backgrounds/gnome ] || need+=(gnome-backgrounds)
-[ -d /usr/share/backgrounds/mate ] || need+=(mate-backgrounds)
-[ -d /usr/share/wallpapers/Next ] || need+=(plasma-workspace-wallpapers)
-command -v gm >/dev/null || need+=(graphicsmagick)
-command -v vips >/dev/null || need+=(libvips-tools)
-command -v djpeg >/dev/null || need+=(libjpeg-turbo-progs)
-[ -x /usr/bin/mogrify-im6.q16 ] || need+=(imagemagick)
-[ -x /usr/bin/time ] || need+=(time)
+for p in gnome-backgrounds mate-backgrounds plasma-workspace-wallpapers graphicsmagick \
+    libvips-tools libjpeg-turbo-progs imagemagick time; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || need+=("$p")
+done
 if [ "${#need[@]}" -gt 0 ]; then
     SUDO=""
     [ "$(id -u)" -eq 0 ] || SUDO=sudo

@@ -1,5 +1,5 @@
 // Runs "Convert All" on a folder without a screen and prints the wall time and the peak
-// resident memory: bench_convert_all SOURCE_FOLDER DEST_FOLDER FORMAT_CODE [DPI]
+// resident memory: bench_convert_all SOURCE_FOLDER DEST_FOLDER FORMAT_CODE [DPI [ANGLE]]
 // The controller gets the few controls the batch reads and updates; the batch itself is the
 // program's own, on its worker thread.
 
@@ -38,11 +38,13 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     const QStringList args = app.arguments();
     if (args.size() < 4) {
-        std::fprintf(stderr, "usage: %s SOURCE_FOLDER DEST_FOLDER FORMAT_CODE [DPI]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s SOURCE_FOLDER DEST_FOLDER FORMAT_CODE [DPI [ANGLE]]\n",
+                     argv[0]);
         return 2;
     }
     const QString format = args.at(3);
     const QString dpi = args.size() > 4 ? args.at(4) : QStringLiteral("72");
+    const int angle = args.size() > 5 ? args.at(5).toInt() : 0;
 
     Controller controller;
     auto src = std::make_unique<QLineEdit>();
@@ -76,6 +78,7 @@ int main(int argc, char** argv) {
     controller.itsConvertAll = button.get();
     controller.itsMenuItemConvAll = menuItem.get();
     controller.itsConvertIndicator = progress.get();
+    controller.m_rotate = angle;
 
     QElapsedTimer clock;
     clock.start();

@@ -27,6 +27,7 @@ enum class Encoder {
     None,   // not written on this platform (yet)
     Qt,     // QImageWriter, by `coder` as Qt's format name
     Magick, // Magick++, by `coder` as Magick's coder name
+    Gif,    // the program's GIF writer (libimagequant and giflib)
     Pdf,    // the program's PDF writer
     Eps,    // the program's EPS writer
 };
@@ -64,7 +65,7 @@ inline constexpr FormatRow kRows[] = {
   {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr, nullptr},
   {"BMPf", fourCharCode("BMPf"), kQt,     "bmp",   nullptr, false, "bmp dib",            "bmp",   "BMP BMP2 BMP3",            bmpDpi, nullptr},
   {"FPix", fourCharCode("FPix"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
-  {"GIF ", fourCharCode("GIF "), kMagick, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr, nullptr},
+  {"GIF ", fourCharCode("GIF "), Encoder::Gif, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr, nullptr},
   {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget},
   {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr},
   {"PNTG", fourCharCode("PNTG"), kNone,   nullptr, nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},

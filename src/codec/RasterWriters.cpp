@@ -1,6 +1,7 @@
 #include "codec/RasterWriters.h"
 
 #include "codec/FormatRegistry.h"
+#include "codec/GifWriter.h"
 #include "codec/MagickSupport.h"
 #include "codec/SafeReplace.h"
 
@@ -119,13 +120,6 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
             image.resolutionUnits(Magick::PixelsPerInchResolution);
             image.density(Magick::Geometry(size_t(std::lround(dpi)), size_t(std::lround(dpi))));
         }
-        if (QByteArrayView(coder) == "GIF") {
-            // 256 colours chosen for this picture, with error diffusion to hide the banding;
-            // pixels left uncovered by the picture become GIF's one transparent colour.
-            image.quantizeColors(256);
-            image.quantizeDither(true);
-            image.quantize();
-        }
         image.write(&blob);
     } // the pixels go before the file is written
     if (blob.length() == 0)
@@ -141,7 +135,30 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
     return commitOutput(file);
 }
 
+int16_t writeGifFile(const QImage& picture, const QString& path) {
+    QSaveFile file(path);
+    if (const int16_t status = openOutput(file))
+        return status;
+    if (const int16_t status = writeGif(picture, file)) {
+        file.cancelWriting();
+        return status;
+    }
+    return commitOutput(file);
+}
+
 } // namespace
+
+void prepareForEncoder(QImage& picture, uint32_t subtype) {
+    const FormatRow* row = FormatRegistry::rowForSubtype(subtype);
+    if (!row || picture.format() != QImage::Format_ARGB32_Premultiplied)
+        return;
+    // Qt's PNG writer and Magick take straight alpha and would make an unpremultiplied copy of
+    // the whole picture; converted here, in the picture's own pixels, no copy is made.
+    const bool wantsStraightAlpha =
+        row->encoder == Encoder::Magick || QByteArrayView(row->coder) == "png";
+    if (wantsStraightAlpha)
+        picture.convertTo(QImage::Format_ARGB32);
+}
 
 void recordResolution(QImage& picture, float dpi) {
     const int dpm = dotsPerMetre(dpi);
@@ -160,6 +177,8 @@ bool rasterWriterExists(uint32_t subtype) {
         return qtCanWrite(row->coder);
     case Encoder::Magick:
         return magickCanWrite(row->coder);
+    case Encoder::Gif:
+        return true;
     default:
         return false;
     }
@@ -174,8 +193,14 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         return kCannotOpenFile;
     const FormatRow* row = FormatRegistry::rowForSubtype(subtype);
     try {
-        return row->encoder == Encoder::Qt ? writeWithQt(picture, path, row->coder, dpi)
-                                           : writeWithMagick(picture, path, row->coder, dpi);
+        switch (row->encoder) {
+        case Encoder::Qt:
+            return writeWithQt(picture, path, row->coder, dpi);
+        case Encoder::Gif:
+            return writeGifFile(picture, path);
+        default:
+            return writeWithMagick(picture, path, row->coder, dpi);
+        }
     } catch (const std::bad_alloc&) {
         return kOutOfMemory;
     } catch (const Magick::ErrorResourceLimit&) {

@@ -5,7 +5,8 @@
 #include <cstdint>
 
 // One encoder per raster subtype of the format table: BMPf, JPEG, PNGf and TIFF through Qt's
-// writers; 'GIF ', '8BPS' (Photoshop), '.SGI' and 'TPIC' (Targa) through Magick++.
+// writers; 'GIF ' through the program's own (GifWriter.h); '8BPS' (Photoshop), '.SGI' and 'TPIC'
+// (Targa) through Magick++.
 
 // Status codes of the raster writers. 0 is success; every failure is negative so that the
 // callers, which only look at zero or not, never mistake one for success.
@@ -29,6 +30,11 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
 // Records `dpi` in the picture's resolution fields, as the writers do. Done by the owner of a
 // large picture before handing it over, so that the writer's own recording copies nothing.
 void recordResolution(QImage& picture, float dpi);
+
+// Brings the picture, in place, into the pixel form the subtype's encoder takes without a copy
+// of its own (straight alpha for PNG and the Magick coders). For the sole owner of a large
+// picture, before handing it to writeRaster; the pixels drawn stay the same.
+void prepareForEncoder(QImage& picture, uint32_t subtype);
 
 // A short text for a writer's status, for the user ("the encoder refused the picture").
 QString writeFailureReason(int16_t status);

@@ -9,8 +9,10 @@
 #include "app/TextNumbers.h"
 #include "browse/FolderIndex.h"
 #include "browse/ImageWalk.h"
+#include "codec/GifWriter.h"
 #include "codec/RasterWriters.h"
 #include "codec/SafeReplace.h"
+#include "export/BatchLanes.h"
 #include "export/ConversionJob.h"
 #include "export/FormatTable.h"
 #include "view/RotationGeometry.h"
@@ -30,64 +32,16 @@
 
 #include <QFileInfo>
 
-#include <functional>
-#include <future>
-#include <system_error>
+#include <malloc.h>
+#include <mutex>
 #include <tuple>
 #include <vector>
 
 namespace {
 
-// The batch's encoders: while the batch thread decodes and renders file N+1, the pictures of
-// the files before it are encoded here, two at a time (the slow encoders, PNG above all, run
-// one file per core). At most two pictures wait or encode, so memory stays at three pictures.
-// An output path that is still being written is finished first, so the later file wins as it
-// would one file at a time. The batch thread drains them before it restores the controls, so a
-// Stop never leaves an encode running and never starts a further file.
-class PendingEncode {
-public:
-    ~PendingEncode() { drain(); }
-    void submit(const QString& dest, std::function<void()> job) {
-        for (Job& j : jobs)
-            if (j.dest == dest)
-                finish(j);
-        std::erase_if(jobs, [](const Job& j) { return !j.done.valid(); });
-        if (jobs.size() >= kSlots) {
-            finish(jobs.front());
-            jobs.erase(jobs.begin());
-        }
-        try {
-            jobs.push_back({dest, std::async(std::launch::async, job)});
-        } catch (const std::system_error&) {
-            job(); // no thread to be had: encode here
-        }
-    }
-    void drain() {
-        for (Job& j : jobs)
-            finish(j);
-        jobs.clear();
-    }
-
-private:
-    static constexpr size_t kSlots = 2;
-    struct Job {
-        QString dest;
-        std::future<void> done;
-    };
-    // A failed encode is as silent as in a single conversion.
-    static void finish(Job& j) {
-        if (!j.done.valid())
-            return;
-        try {
-            j.done.get();
-        } catch (...) {
-        }
-    }
-    std::vector<Job> jobs;
-};
-
-// Set on the batch thread for the length of the batch; a single conversion encodes at once.
-thread_local PendingEncode* batchEncoder = nullptr;
+// Set on the batch thread for the length of the batch: the batch's files are read ahead and
+// drawn and encoded on its lanes. A single conversion does everything on its own thread.
+thread_local BatchLanes* batchLanes = nullptr;
 
 const QString& stopTitle() {
     static const QString title = QObject::tr("Stop");
@@ -150,32 +104,51 @@ void Controller::convert(QObject* /*sender*/) {
 
 namespace {
 
+// The source's pixels and bounds. Pixels that cannot be decoded have no size to convert at:
+// nothing is drawn for them, whatever their header claims. Runs on any thread.
+SourceRead readSource(Controller& c, const QString& src) {
+    SourceRead read;
+    if (!c.IsImageFile(src))
+        return read;
+    try {
+        read.decoded = ImageDecoder::decode(src);
+    } catch (const std::bad_alloc&) {
+        read.decoded = DecodedImage{};
+    }
+    if (read.decoded.ok) {
+        read.bounds = c.getImageBounds(src);
+        if (read.bounds.isEmpty())
+            read.bounds = QRectF(QPointF(0, 0), read.decoded.pointSize);
+    }
+    return read;
+}
+
 // Takes the file's snapshot: the settings now, and the source's pixels and bounds, read before
 // the output path is settled: the output may be the source itself, and a Yes moves it aside.
-ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds) {
+// In a batch the pixels may have been read ahead; `lane` then holds the file's lane.
+ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds, BatchLane& lane) {
     ConversionJob job;
     job.source = src;
+    job.inBatch = batchLanes != nullptr;
     std::tie(job.dpi, job.degrees) = onGuiThread([&c] {
         const float resolution =
             c.itsDpiCombo ? leadingFloatValue(c.itsDpiCombo->currentText()) : 72.0f;
         return std::pair<float, int>(resolution, c.getRotation());
     });
-    bounds = QRectF(0, 0, 0, 0);
-    if (!c.IsImageFile(src))
-        return job;
-    try {
-        job.decoded = ImageDecoder::decode(src);
-    } catch (const std::bad_alloc&) {
-        job.decoded = DecodedImage{};
-    }
-    // Pixels that cannot be decoded have no size to convert at: nothing is drawn for them,
-    // whatever their header claims.
-    if (job.decoded.ok) {
-        bounds = c.getImageBounds(src);
-        if (bounds.isEmpty())
-            bounds = QRectF(QPointF(0, 0), job.decoded.pointSize);
-    }
+    SourceRead read = batchLanes ? batchLanes->take(src, lane) : readSource(c, src);
+    job.decoded = std::move(read.decoded);
+    bounds = job.decoded.ok ? read.bounds : QRectF(0, 0, 0, 0);
     return job;
+}
+
+// A batch's file that cannot be drawn: the empty file at its output path is the one the naming
+// step made for it and goes; what a Yes moved aside comes back, and the batch's summary names
+// the file with `reason`.
+void skipOutput(Controller& c, const QString& destPath, const QString& reason) {
+    const QFileInfo placeholder(destPath);
+    if (placeholder.isFile() && !placeholder.isSymLink() && placeholder.size() == 0)
+        QFile::remove(destPath);
+    c.finishOutput(destPath, reason);
 }
 
 } // namespace
@@ -193,10 +166,15 @@ void Controller::saveImage(const QString& source, long format) {
         return;
 
     QRectF bounds;
-    ConversionJob job = startJob(*this, src, bounds);
+    BatchLane lane;
+    ConversionJob job = startJob(*this, src, bounds, lane);
     const ScopedConversionJob current(job);
 
-    // The question and the empty output file come before anything is drawn or written.
+    // The question and the empty output file come before anything is drawn or written. An
+    // earlier file of the batch still writing the same name finishes first, so the question
+    // sees it complete.
+    if (batchLanes)
+        batchLanes->finishWritesNamed(outputFileName(src, int(format)));
     const QString dest = findDestination(source, int(format), 0);
     if (dest.isEmpty())
         return; // Skip: the old file stays and nothing is drawn for it
@@ -223,24 +201,34 @@ void Controller::saveImage(const QString& source, long format) {
     const float s = job.dpi / 72.0f;
     const QRectF q(0, 0, float(bounds.width()) * s, float(bounds.height()) * s);
     const QRectF r = rotatedRectBounds(q, float(job.degrees));
-    QImage picture = createCGImage(src, r, q, int(format));
-    job.decoded = DecodedImage{}; // the source's pixels go before the encoder's buffers come
-    if (picture.isNull()) {
-        finishOutput(dest, tr("the picture could not be drawn"));
-        return;
-    }
-    recordResolution(picture, job.dpi); // the one owner now: no copy of the pixels
-    auto write = [this, picture = std::move(picture), dest, format, settings = job] {
-        const ScopedConversionJob encoding(settings);
+    auto drawAndWrite = [this, job = std::move(job), src, dest, q, r, format]() mutable {
+        const ScopedConversionJob drawing(job);
+        if (job.inBatch)
+            encodeOnThisThreadOnly(); // the lanes keep the cores busy already
+        QImage picture = createCGImage(src, r, q, int(format));
+        job.decoded = DecodedImage{}; // the source's pixels go before the encoder's buffers come
+        if (picture.isNull()) {
+            if (job.inBatch && !job.failure.isEmpty()) {
+                skipOutput(*this, dest, job.failure);
+                return;
+            }
+            finishOutput(dest, tr("the picture could not be drawn"));
+            return;
+        }
+        // The one owner now: the resolution and the encoder's pixel form cost no copy.
+        recordResolution(picture, job.dpi);
+        if (format <= kLastRasterFormat)
+            prepareForEncoder(picture, gformats[format]);
         const int16_t status = convertAndSave(picture, dest, int(format));
-        if (status == kOutOfMemory)
+        picture = QImage();
+        if (status == kOutOfMemory && !job.inBatch)
             showOutOfMemory();
         finishOutput(dest, writeFailureReason(status));
     };
-    if (batchEncoder)
-        batchEncoder->submit(dest, std::move(write));
+    if (batchLanes)
+        batchLanes->run(std::move(lane), dest, std::move(drawAndWrite));
     else
-        write();
+        drawAndWrite();
 }
 
 void Controller::finishOutput(const QString& destPath, const QString& reason) {
@@ -304,11 +292,15 @@ void Controller::convertAllThread(Controller* controller) {
 }
 
 void Controller::convertAllThread() {
+    // A batch makes and frees pictures of tens of megabytes by the dozen, on several threads.
+    // glibc would serve those below its sliding mmap threshold (up to 32 MB) from per-thread
+    // heaps that keep them after they are freed; with the threshold fixed at 1 MB every picture
+    // is mapped on its own and goes back to the system when freed.
+    static std::once_flag mapLargeBlocks;
+    std::call_once(mapLargeBlocks, [] { mallopt(M_MMAP_THRESHOLD, 1 << 20); });
+
     QString current =
         onGuiThread([this] { return itsSrcFileName ? itsSrcFileName->text() : QString(); });
-
-    PendingEncode encoder;
-    batchEncoder = &encoder;
 
     // The images of the folder as it is now, in folder order: outputs written into the same
     // folder during the batch are never among them.
@@ -320,6 +312,8 @@ void Controller::convertAllThread() {
     }
 
     if (!files.isEmpty()) {
+        BatchLanes lanes(files, [this](const QString& path) { return readSource(*this, path); });
+        batchLanes = &lanes;
         const int count = int(files.size());
         onGuiThread([this, count] {
             batchFailures.clear();
@@ -345,7 +339,9 @@ void Controller::convertAllThread() {
             });
             saveImage(files.at(pos - 1), format);
         }
-        encoder.drain();
+        // Every file started is written before the controls come back; none further starts.
+        lanes.drain();
+        batchLanes = nullptr;
 
         onGuiThread([this] {
             if (!itsConvertIndicator)
@@ -354,9 +350,6 @@ void Controller::convertAllThread() {
             itsConvertIndicator->setValue(0);
         });
     }
-
-    encoder.drain();
-    batchEncoder = nullptr;
 
     onGuiThread([this] {
         if (itsConvertAll) {

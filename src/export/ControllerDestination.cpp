@@ -30,6 +30,14 @@ QString baseName(const QString& source) {
     return name;
 }
 
+} // namespace
+
+QString outputFileName(const QString& source, int index) {
+    return baseName(source) + QLatin1Char('.') + outputExtension(index);
+}
+
+namespace {
+
 // `folder` joined with `name` by one slash; an empty folder gives the name alone.
 QString appendComponent(const QString& folder, const QString& name) {
     if (folder.isEmpty())
@@ -70,7 +78,7 @@ QString Controller::findDestination(const QString& source, int format, int /*ind
         if (src.isEmpty() && itsWmfView)
             src = itsWmfView->wmfPath();
 
-        const QString name = baseName(src) + QLatin1Char('.') + outputExtension(format);
+        const QString name = outputFileName(src, format);
         const QString folder = itsDstFileName ? itsDstFileName->text() : QString();
         const QString path = appendComponent(folder, name);
 

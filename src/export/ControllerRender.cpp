@@ -98,7 +98,11 @@ QImage Controller::createCGImage(const QString& source, const QRectF& rect, cons
         message = QString::fromLocal8Bit(e.what());
     }
     if (!title.isEmpty()) {
-        showFailure(*this, title, message);
+        const ConversionJob* job = currentConversionJob();
+        if (job && job->inBatch)
+            job->failure = message; // the batch goes on; its summary names the file
+        else
+            showFailure(*this, title, message);
         return QImage();
     }
     return result;

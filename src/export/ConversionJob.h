@@ -14,6 +14,10 @@ struct ConversionJob {
     float dpi = 72.0f;
     int degrees = 0;
     DecodedImage decoded; // ok == false when the source's pixels cannot be read
+    // A file of "Convert All": a picture that cannot be drawn is skipped and named in the
+    // batch's end summary (`failure` says why) instead of stopping the batch at an alert.
+    bool inBatch = false;
+    mutable QString failure;
 };
 
 // The job of the conversion running on this thread, or nullptr outside one.

@@ -43,6 +43,11 @@ long formatIndexForCode(const QString& code);
 // The output file's extension: "pdf", "eps", or the raster code itself, blank included.
 QString outputExtension(int index);
 
+// The output file's name for `source` in format `index`: the source's last path component
+// without its last extension, a dot and the format's extension (a.b.wmf to PNG is a.b.PNGf).
+// Defined with the rest of the destination naming (ControllerDestination.cpp).
+QString outputFileName(const QString& source, int index);
+
 // Whether the table index names a raster format whose picture keeps transparency where it
 // does not cover the bitmap ("SGI ", "8BPS", "GIF ", "PNGf", "PNTG", "TIFF", "qtif").
 bool formatKeepsTransparentBackground(int index);

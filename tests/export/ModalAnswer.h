@@ -17,6 +17,7 @@
 struct SeenQuestion {
     int count = 0;       // boxes answered so far
     QString text;        // text of the latest box
+    QStringList texts;   // the text of every box answered, in the order they came
     QStringList buttons; // its buttons' titles, in the order they were added
     QWidget* parent = nullptr;
 };
@@ -33,6 +34,7 @@ inline QTimer* answerQuestions(const QStringList& answers, std::shared_ptr<SeenQ
             return;
         box->setProperty("ormidonAnswered", true);
         seen->text = box->text();
+        seen->texts << box->text();
         seen->buttons.clear();
         const QString answer = answers.value(seen->count);
         QAbstractButton* chosen = nullptr;

@@ -1,0 +1,145 @@
+#include "export/BatchLanes.h"
+
+#include <QFileInfo>
+#include <QThread>
+
+#include <algorithm>
+
+#include <exception>
+#include <new>
+
+BatchLanes::BatchLanes(QStringList files, Reader reader, int laneCount)
+    : files(std::move(files)), reader(std::move(reader)), laneCount(std::max(1, laneCount)),
+      freeLanes(this->laneCount) {
+    for (int i = 0; i < this->laneCount; ++i)
+        threads.emplace_back([this] { serve(); });
+}
+
+BatchLanes::~BatchLanes() {
+    drain();
+    {
+        const std::lock_guard lock(queueMutex);
+        closing = true;
+    }
+    queued.notify_all();
+    for (std::thread& t : threads)
+        t.join();
+}
+
+void BatchLanes::serve() {
+    for (;;) {
+        std::function<void()> task;
+        {
+            std::unique_lock lock(queueMutex);
+            queued.wait(lock, [this] { return closing || !queue.empty(); });
+            if (queue.empty())
+                return; // closing, and nothing left to do
+            task = std::move(queue.front());
+            queue.pop_front();
+            ++running;
+        }
+        task();
+        task = nullptr; // what the task holds goes before the lane counts as idle
+        {
+            const std::lock_guard lock(queueMutex);
+            --running;
+        }
+        idle.notify_all();
+    }
+}
+
+void BatchLanes::start(std::function<void()> task) {
+    {
+        const std::lock_guard lock(queueMutex);
+        queue.push_back(std::move(task));
+    }
+    queued.notify_one();
+}
+
+int BatchLanes::idealLaneCount() {
+    return std::max(1, QThread::idealThreadCount());
+}
+
+std::future<SourceRead> BatchLanes::readOnLane(int index) {
+    auto task = std::make_shared<std::packaged_task<SourceRead()>>(
+        [this, path = files.at(index)] { return reader(path); });
+    std::future<SourceRead> result = task->get_future();
+    start([task] { (*task)(); });
+    return result;
+}
+
+void BatchLanes::readAhead(int after) {
+    // Never further ahead than the lanes reach: a Stop then leaves at most that many reads
+    // unused, and no output is ever made for them.
+    for (int i = after; i < files.size() && i < next + laneCount; ++i) {
+        if (ahead.count(i))
+            continue;
+        if (!freeLanes.try_acquire())
+            return;
+        ahead.emplace(i, readOnLane(i));
+    }
+}
+
+SourceRead BatchLanes::take(const QString& path, BatchLane& lane) {
+    std::future<SourceRead> read;
+    if (next < files.size() && files.at(next) == path) {
+        const int index = next++;
+        if (auto it = ahead.find(index); it != ahead.end()) {
+            read = std::move(it->second);
+            ahead.erase(it);
+        } else {
+            freeLanes.acquire(); // whichever lane frees first
+            read = readOnLane(index);
+        }
+        lane = BatchLane(&freeLanes);
+        readAhead(next);
+    } else {
+        lane = BatchLane();
+        try {
+            return reader(path);
+        } catch (const std::exception&) {
+            return SourceRead{};
+        }
+    }
+    try {
+        return read.get();
+    } catch (const std::exception&) { // std::bad_alloc above all: the file cannot be read
+        return SourceRead{};
+    }
+}
+
+void BatchLanes::finishWritesNamed(const QString& fileName) {
+    for (const Write& w : writing)
+        if (w.fileName == fileName)
+            w.done.wait();
+}
+
+void BatchLanes::run(BatchLane lane, const QString& dest, std::function<void()> work) {
+    // Finished writes are forgotten, so the table stays as small as the lanes.
+    std::erase_if(writing, [](const Write& w) {
+        return w.done.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    });
+    auto held = std::make_shared<BatchLane>(std::move(lane));
+    auto task = std::make_shared<std::packaged_task<void()>>([held, work = std::move(work)] {
+        try {
+            work();
+        } catch (...) {
+            // A failed file is reported by the work itself; nothing may end the lane's thread.
+        }
+        held->release(); // the lane is free before the thread takes up anything else
+    });
+    writing.push_back({QFileInfo(dest).fileName(), task->get_future().share()});
+    start([task] { (*task)(); });
+}
+
+void BatchLanes::drain() {
+    {
+        std::unique_lock lock(queueMutex);
+        idle.wait(lock, [this] { return queue.empty() && running == 0; });
+    }
+    for (auto& [index, read] : ahead)
+        read.wait();
+    freeLanes.release(std::ptrdiff_t(ahead.size())); // unused reads give their lanes back
+    ahead.clear();
+    writing.clear();
+}

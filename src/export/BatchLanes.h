@@ -1,0 +1,113 @@
+#pragma once
+
+#include <QRectF>
+#include <QStringList>
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <future>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <semaphore>
+#include <thread>
+#include <vector>
+
+#include "codec/ImageDecoder.h"
+
+// What a batch reads of one source before its output path is settled: the pixels and the
+// bounds in points (empty when the pixels cannot be read).
+struct SourceRead {
+    DecodedImage decoded;
+    QRectF bounds;
+};
+
+// One of the batch's lanes, held by a file from the moment its source is read until its output
+// is written. Moving it hands the lane on; letting it go frees the lane for the next file.
+using LaneCount = std::counting_semaphore<>;
+
+class BatchLane {
+public:
+    BatchLane() = default;
+    explicit BatchLane(LaneCount* lanes) : lanes(lanes) {}
+    BatchLane(BatchLane&& other) noexcept : lanes(std::exchange(other.lanes, nullptr)) {}
+    BatchLane& operator=(BatchLane&& other) noexcept {
+        if (this != &other) {
+            release();
+            lanes = std::exchange(other.lanes, nullptr);
+        }
+        return *this;
+    }
+    BatchLane(const BatchLane&) = delete;
+    BatchLane& operator=(const BatchLane&) = delete;
+    ~BatchLane() { release(); }
+    void release() {
+        if (lanes)
+            lanes->release();
+        lanes = nullptr;
+    }
+
+private:
+    LaneCount* lanes = nullptr;
+};
+
+// The lanes of "Convert All": as many files are in flight as the machine has cores. A file takes
+// a lane when its source is read (ahead of the batch thread, while lanes are free) and keeps it
+// through drawing and encoding, so memory holds one picture's worth per lane. The batch thread
+// still takes the files one by one in folder order (progress, format, overwrite question); only
+// the reading ahead and the drawing and encoding overlap.
+class BatchLanes {
+public:
+    using Reader = std::function<SourceRead(const QString& path)>;
+
+    BatchLanes(QStringList files, Reader reader, int laneCount = idealLaneCount());
+    ~BatchLanes(); // waits for every lane
+    BatchLanes(const BatchLanes&) = delete;
+    BatchLanes& operator=(const BatchLanes&) = delete;
+
+    static int idealLaneCount();
+
+    // The read of `path`, the batch's next file: read ahead on a lane already, or read now on a
+    // lane that frees first. The files after it are read ahead while lanes are free. `lane`
+    // receives the lane the file holds. A path out of the batch's order is read here, laneless.
+    SourceRead take(const QString& path, BatchLane& lane);
+
+    // Waits for the writes still running whose output is named `fileName` (in any folder): the
+    // overwrite question for that name then sees the earlier file complete, as it would one
+    // file at a time.
+    void finishWritesNamed(const QString& fileName);
+
+    // Runs `work` (drawing and encoding of the file) on the file's lane, which it frees when done.
+    void run(BatchLane lane, const QString& dest, std::function<void()> work);
+
+    // Waits until every lane is idle: nothing is read, drawn or written any more.
+    void drain();
+
+private:
+    std::future<SourceRead> readOnLane(int index);
+    void readAhead(int after);
+    void start(std::function<void()> task); // on the lanes' threads, in the order given
+    void serve();                           // the body of each lane's thread
+
+    const QStringList files;
+    const Reader reader;
+    const int laneCount;
+    LaneCount freeLanes;
+    // The lanes' threads live for the batch. A task is queued only by a file that holds a lane,
+    // so the queue never holds more tasks than there are threads to take them.
+    std::mutex queueMutex;
+    std::condition_variable queued;
+    std::deque<std::function<void()>> queue;
+    int running = 0; // tasks taken from the queue and not yet finished
+    std::condition_variable idle;
+    bool closing = false;
+    std::vector<std::thread> threads;
+    int next = 0; // index of the file the batch thread takes next
+    std::map<int, std::future<SourceRead>> ahead;
+    struct Write {
+        QString fileName; // the output's name, without its folder
+        std::shared_future<void> done;
+    };
+    std::vector<Write> writing;
+};

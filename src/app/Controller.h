@@ -15,6 +15,7 @@
 #include <memory>
 
 #include "app/TPref.h"
+#include "thumbs/ScrollNSImageView.h" // the outlet itsImageListView is used through QPointer
 #include "view/Rect.h"
 
 class QAction;
@@ -30,6 +31,7 @@ class QSlider;
 class QTabWidget;
 class QTextBrowser;
 class QThread;
+class QThreadPool;
 class QTimer;
 class QWidget;
 
@@ -74,7 +76,7 @@ public:
     QPointer<QTextBrowser> advTextView;
     QPointer<QScrollArea> advScrollView;
     QPointer<QTimer> scrollingTimer;
-    QPointer<QScrollArea> itsImageListView; // the thumbnail grid's place on the "Image List" tab
+    QPointer<ScrollNSImageView> itsImageListView; // the thumbnail grid of the "Image List" tab
     QPointer<QProgressBar> itsImageProgress;
     QPointer<QTabWidget> _tabView;
 
@@ -152,10 +154,17 @@ public:
     // written, tells the user without stopping anything: status line and batch summary.
     void finishOutput(const QString& destPath, const QString& reason);
 
-    // ---------------------------------------------------------------- thumbs/, about/ hooks
+    // ---------------------------------------------------------------- thumbs/: image list
     void threadFillImageList();
+    static void fillImageListThread(Controller* controller, const QString& source, uint64_t walk);
+    void fillImageListTable(const QString& source, uint64_t walk);
     void clearImageList();
     void addImageView(const QString& path);
+    void tabViewDidSelectTabViewItem(QTabWidget* tabView, int index);
+    void windowDidResize();
+    void waitForImageList(); // stops the walk and lets it end (shutdown)
+
+    // ---------------------------------------------------------------- about/
     void runAbout(QObject* sender);
     void registerMyHelpBook();
     void loadTextToScroll();
@@ -175,5 +184,7 @@ signals:
 
 private:
     QThread* batchThread = nullptr;
+    QThreadPool* imageWalkPool = nullptr; // the image list's walk: one at a time
+    void updateImageProgress();           // spins while the list fills
     QStringList batchFailures; // GUI thread: outputs of the running batch that were not written
 };

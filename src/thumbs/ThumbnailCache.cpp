@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
-#include <QImageWriter>
 #include <QUrl>
 
 #include <cerrno>
@@ -79,35 +78,51 @@ bool writeAtomically(const QString& target, const QByteArray& bytes) {
     return true;
 }
 
-QByteArray pngWithStamp(const Source& source, const QImage& image, bool withSize) {
+// The keys go on the image itself: QImageWriter::setText takes the first colon of a key as the
+// end of the key, and every key of the standard has two.
+QByteArray pngWithStamp(const Source& source, QImage image, bool withSize) {
+    const int width = image.width(), height = image.height();
+    image.setText(QString::fromLatin1(kUriKey), QString::fromLatin1(source.uri));
+    image.setText(QString::fromLatin1(kMTimeKey), QString::number(source.mtime));
+    image.setText(QStringLiteral("Thumb::Size"), QString::number(source.size));
+    if (withSize) {
+        image.setText(QStringLiteral("Thumb::Image::Width"), QString::number(width));
+        image.setText(QStringLiteral("Thumb::Image::Height"), QString::number(height));
+    }
+    image.setText(QStringLiteral("Software"), QStringLiteral("Ormidon " ORMIDON_VERSION));
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "png");
-    writer.setText(QString::fromLatin1(kUriKey), QString::fromLatin1(source.uri));
-    writer.setText(QString::fromLatin1(kMTimeKey), QString::number(source.mtime));
-    writer.setText(QStringLiteral("Thumb::Size"), QString::number(source.size));
-    if (withSize) {
-        writer.setText(QStringLiteral("Thumb::Image::Width"), QString::number(image.width()));
-        writer.setText(QStringLiteral("Thumb::Image::Height"), QString::number(image.height()));
-    }
-    writer.setText(QStringLiteral("Software"), QStringLiteral("Ormidon " ORMIDON_VERSION));
-    return writer.write(image) ? bytes : QByteArray();
+    return image.save(&buffer, "png") ? bytes : QByteArray();
 }
 
 // Whether the entry's stamp names this picture as it is now. A missing Thumb::MTime never
-// matches: the standard makes it mandatory.
-bool stampMatches(const QImageReader& reader, const Source& source) {
-    if (reader.text(QString::fromLatin1(kUriKey)).toLatin1() != source.uri)
+// matches: the standard makes it mandatory. (The keys are read from the decoded image:
+// QImageReader::text splits keys at their first colon too.)
+bool stampMatches(const QImage& entry, const Source& source) {
+    if (entry.text(QString::fromLatin1(kUriKey)).toLatin1() != source.uri)
         return false;
     bool ok = false;
-    const QString mtime = reader.text(QString::fromLatin1(kMTimeKey)).trimmed();
+    const QString mtime = entry.text(QString::fromLatin1(kMTimeKey)).trimmed();
     qint64 seconds = mtime.toLongLong(&ok);
     if (!ok) {
         const double fractional = mtime.toDouble(&ok); // some writers add a fraction
         seconds = qint64(fractional);
     }
     return ok && seconds == source.mtime;
+}
+
+// The picture of a cache file no larger than `side`, or a null image.
+QImage readEntry(const QString& path, int side) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxEntryBytes)
+        return {};
+    QImageReader reader(&file, "png");
+    const QSize size = reader.size();
+    if (!size.isValid() || size.width() > side || size.height() > side)
+        return {};
+    QImage image;
+    return reader.read(&image) ? image : QImage();
 }
 
 } // namespace
@@ -158,19 +173,8 @@ bool isInsideCache(const QString& path) {
 QImage read(const Source& source, Flavour flavour) {
     if (!source.valid)
         return {};
-    QFile file(entryPath(source, flavour));
-    if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxEntryBytes)
-        return {};
-    QImageReader reader(&file, "png");
-    const QSize size = reader.size();
-    const int side = sideOf(flavour);
-    if (!size.isValid() || size.width() > side || size.height() > side ||
-        !stampMatches(reader, source))
-        return {};
-    QImage image;
-    if (!reader.read(&image))
-        return {};
-    return image;
+    const QImage entry = readEntry(entryPath(source, flavour), sideOf(flavour));
+    return !entry.isNull() && stampMatches(entry, source) ? entry : QImage();
 }
 
 bool write(const Source& source, Flavour flavour, const QImage& thumbnail) {
@@ -183,11 +187,8 @@ bool write(const Source& source, Flavour flavour, const QImage& thumbnail) {
 bool hasFailed(const Source& source) {
     if (!source.valid)
         return false;
-    QFile file(failurePath(source));
-    if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxEntryBytes)
-        return false;
-    QImageReader reader(&file, "png");
-    return reader.size().isValid() && stampMatches(reader, source);
+    const QImage entry = readEntry(failurePath(source), sideOf(Flavour::Large));
+    return !entry.isNull() && stampMatches(entry, source);
 }
 
 bool writeFailure(const Source& source) {

@@ -87,6 +87,10 @@ private slots:
         qputenv("XDG_CACHE_HOME", (home.path() + "/.cache").toUtf8());
         QDir(files.path()).removeRecursively();
         QDir().mkpath(files.path());
+        openWindow();
+    }
+
+    void openWindow() {
         c = std::make_unique<Controller>();
         c->skipSplash = true;
         c->loadMainWindow();
@@ -199,7 +203,7 @@ private slots:
         const uint64_t decoded = ThumbnailMaker::decodeCount();
         // Another window, as after a restart of the program: the cache is on disk.
         c.reset();
-        init();
+        openWindow();
         setFillList(true);
         selectListTab();
         c->setSourceFileName(paths.at(7), true);

@@ -29,7 +29,13 @@ class tst_listImageViewItem : public QObject {
         return cell;
     }
 
-    static QImage drawn(QWidget* widget) { return widget->grab().toImage(); }
+    // What the cell itself draws, over transparency (no window background).
+    static QImage drawn(QWidget* widget) {
+        QImage image(widget->size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        widget->render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+        return image;
+    }
 
 private slots:
     void initTestCase() {

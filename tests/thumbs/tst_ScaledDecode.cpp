@@ -114,6 +114,21 @@ private slots:
         QVERIFY(near(centreOf(decoded.image), Qt::red, 20));
     }
 
+    void aDamagedExifThumbnailFallsBackToThePicture() {
+        const QString path = writeBytes(
+            files.path(), "damaged.jpg",
+            jpegWithExifThumbnail({1600, 1200}, Qt::red, QByteArray(5000, '\xFF')));
+        const DecodedImage decoded = ImageDecoder::decodeScaled(path, 128);
+        QVERIFY(decoded.ok);
+        QCOMPARE(decoded.image.size(), QSize(128, 96));
+        QVERIFY(near(centreOf(decoded.image), Qt::red, 20));
+        // Cut inside the EXIF block: no thumbnail, no picture, no crash.
+        const QByteArray whole = jpegWithExifThumbnail({1600, 1200}, Qt::red,
+                                                       jpegBytes({160, 120}, Qt::green));
+        const QString cut = writeBytes(files.path(), "cut.jpg", whole.left(60));
+        QVERIFY(!ImageDecoder::decodeScaled(cut, 128).ok);
+    }
+
     void theOrientationIsApplied() {
         // Orientation 6: turned a quarter clockwise to be seen upright.
         const QString path = writeBytes(

@@ -75,8 +75,18 @@ private slots:
         auto cell = cellFor(path);
         cell->setImage(QImage(path));
         const qreal ratio = cell->devicePixelRatioF();
+        if (qEnvironmentVariableIsSet("QT_SCALE_FACTOR"))
+            QCOMPARE(ratio, qEnvironmentVariable("QT_SCALE_FACTOR").toDouble());
         QCOMPARE(cell->small_image.devicePixelRatio(), ratio);
         QCOMPARE(cell->small_image.width(), qCeil(80 * ratio));
+        QCOMPARE(cell->small_image.deviceIndependentSize(), QSizeF(80, 80));
+        // Made from the cache folder whose pictures are large enough for this density.
+        const QString folder = ratio > 1.6 ? "/large" : "/normal";
+        QCOMPARE(QDir(home.path() + "/.cache/thumbnails" + folder).entryList(QDir::Files).size() > 0,
+                 true);
+        // Drawn at full device resolution: the picture's edge is sharp, one device pixel wide.
+        const QImage shot = cell->grab().toImage();
+        QCOMPARE(shot.size(), QSize(qCeil(80 * ratio), qCeil(80 * ratio)));
     }
 
     void pressingShadesUntilRelease() {

@@ -2,6 +2,7 @@
 
 #include "browse/FolderIndex.h"
 #include "thumbs/ScrollNSImageView.h"
+#include "thumbs/ThreadHandOver.h"
 
 #include <QElapsedTimer>
 #include <QLineEdit>
@@ -9,6 +10,8 @@
 #include <QStringList>
 #include <QTabWidget>
 #include <QThreadPool>
+
+#include <functional>
 
 // The "Image List" tab: a walk over the source's folder on a background thread names the
 // pictures, the GUI thread makes a cell for each (the grid's workers then make their pictures),
@@ -45,7 +48,12 @@ void Controller::threadFillImageList() {
     const uint64_t walk = ++currentWalk;
     image_thread_exit = false;
     updateImageProgress();
-    imageWalkPool->start([this, source, walk] { fillImageListThread(this, source, walk); });
+    std::function<void()> task = [this, source, walk] {
+        ThreadHandOver::takeOver();
+        fillImageListThread(this, source, walk);
+    };
+    ThreadHandOver::handOver(); // after the task is built, before the walk's thread can read it
+    imageWalkPool->start(std::move(task));
 }
 
 void Controller::fillImageListThread(Controller* controller, const QString& source,
@@ -57,9 +65,11 @@ void Controller::fillImageListThread(Controller* controller, const QString& sour
 void Controller::fillImageListTable(const QString& source, uint64_t walk) {
     // Runs on the walk's thread: the folder listing is the cached one navigation uses.
     auto send = [this, walk](QStringList names, bool last) {
+        ThreadHandOver::handOver();
         QMetaObject::invokeMethod(
             this,
             [this, walk, names = std::move(names), last] {
+                ThreadHandOver::takeOver();
                 if (currentWalk.load() != walk)
                     return; // a later walk has emptied the grid since
                 for (const QString& name : names)
@@ -127,8 +137,10 @@ void Controller::windowDidResize() {
 void Controller::waitForImageList() {
     image_thread_exit = true;
     ++currentWalk;
-    if (imageWalkPool)
+    if (imageWalkPool) {
         imageWalkPool->waitForDone();
+        ThreadHandOver::takeOver();
+    }
 }
 
 void Controller::updateImageProgress() {

@@ -1,6 +1,7 @@
 #include "thumbs/ThumbnailQueue.h"
 
 #include "thumbs/ScrollNSImageView.h"
+#include "thumbs/ThreadHandOver.h"
 #include "thumbs/ThumbnailMaker.h"
 #include "thumbs/listImageViewItem.h"
 
@@ -8,6 +9,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <functional>
 
 ThumbnailQueue::ThumbnailQueue(ScrollNSImageView* grid) : QObject(grid), mGrid(grid) {
     mPool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
@@ -18,6 +20,7 @@ ThumbnailQueue::~ThumbnailQueue() {
     mEntries.clear();
     mPool.clear();
     mPool.waitForDone();
+    ThreadHandOver::takeOver(); // the queued results of the last decodes are freed here
 }
 
 void ThumbnailQueue::add(listImageViewItem* cell) {
@@ -72,14 +75,22 @@ void ThumbnailQueue::start(int index) {
     const uint64_t generation = mGeneration;
     ++mRunning;
     ++mRunningNow;
-    mPool.start([this, path, pixels, generation, index] {
+    std::function<void()> task = [this, path, pixels, generation, index] {
+        ThreadHandOver::takeOver();
         const QImage image =
             ThumbnailMaker::fitToSide(ThumbnailMaker::make(path, pixels), pixels);
         // Queued to the GUI thread; dropped there if the queue is gone by then.
+        ThreadHandOver::handOver();
         QMetaObject::invokeMethod(
-            this, [this, generation, index, image] { deliver(generation, index, image); },
+            this,
+            [this, generation, index, image] {
+                ThreadHandOver::takeOver();
+                deliver(generation, index, image);
+            },
             Qt::QueuedConnection);
-    });
+    };
+    ThreadHandOver::handOver(); // after the task is built, before a worker can read it
+    mPool.start(std::move(task));
 }
 
 void ThumbnailQueue::deliver(uint64_t generation, int index, const QImage& image) {

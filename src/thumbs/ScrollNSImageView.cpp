@@ -4,6 +4,7 @@
 #include "thumbs/ThumbnailQueue.h"
 #include "thumbs/listImageViewItem.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace ThumbGridLayout;
@@ -85,10 +86,12 @@ bool ScrollNSImageView::isLoadingThumbnails() const { return mQueue && mQueue->i
 
 void ScrollNSImageView::visibleCells(int* first, int* last) const {
     *first = *last = 0;
-    if (!isVisible())
+    if (!isVisible() || !parentWidget())
         return;
-    const QRect seen = visibleRegion().boundingRect();
-    if (seen.isEmpty())
+    // The band of the grid that its clip view shows (the scroll area moves the grid up).
+    const double top = std::max(0, -y());
+    const double bottom = std::min(height(), parentWidget()->height() - y());
+    if (bottom <= top)
         return;
-    cellsInBand(seen.top(), seen.bottom() + 1, mColumns, int(mCells.size()), first, last);
+    cellsInBand(top, bottom, mColumns, int(mCells.size()), first, last);
 }

@@ -17,10 +17,10 @@
 
 namespace {
 
-// Workers run a little below the GUI thread, so that a busy machine takes its time from the
+// Workers run well below the GUI thread, so that a busy machine takes its time from the
 // thumbnails rather than from the window's answers to the user. On Linux a nice value is the
 // thread's own.
-constexpr int kWorkerNice = 5;
+constexpr int kWorkerNice = 10;
 
 void lowerThisWorker() {
     thread_local const bool lowered = ::setpriority(PRIO_PROCESS, ::gettid(), kWorkerNice) == 0;
@@ -30,6 +30,7 @@ void lowerThisWorker() {
 } // namespace
 
 ThumbnailQueue::ThumbnailQueue(ScrollNSImageView* grid) : QObject(grid), mGrid(grid) {
+    // One core stays with the GUI thread, which lays out, draws and answers the user.
     mPool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
     mPool.setObjectName(QStringLiteral("thumbnail workers"));
 }

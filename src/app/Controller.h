@@ -35,6 +35,7 @@ class QThreadPool;
 class QTimer;
 class QWidget;
 
+class GuiInboxBase;
 class PrefDrawer;
 class wmfImageView;
 
@@ -184,7 +185,8 @@ signals:
 
 private:
     QThread* batchThread = nullptr;
-    QThreadPool* imageWalkPool = nullptr; // the image list's walk: one at a time
+    QThreadPool* imageWalkPool = nullptr;   // the image list's walk: one at a time
+    GuiInboxBase* imageWalkInbox = nullptr; // the names it finds, on their way to this thread
     void updateImageProgress();           // spins while the list fills
     QStringList batchFailures; // GUI thread: outputs of the running batch that were not written
 };

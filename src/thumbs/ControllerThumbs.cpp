@@ -1,6 +1,7 @@
 #include "app/Controller.h"
 
 #include "browse/FolderIndex.h"
+#include "thumbs/GuiInbox.h"
 #include "thumbs/ScrollNSImageView.h"
 #include "thumbs/ThreadHandOver.h"
 
@@ -34,6 +35,14 @@ bool walkGoesOn(uint64_t walk) {
 constexpr int kBatchNames = 64;
 constexpr qint64 kBatchMilliseconds = 30;
 
+// Names found by a walk, on their way to the GUI thread.
+struct WalkBatch {
+    uint64_t walk = 0;
+    QStringList names;
+    bool last = false;
+};
+using WalkInbox = GuiInbox<WalkBatch>;
+
 } // namespace
 
 void Controller::threadFillImageList() {
@@ -48,6 +57,21 @@ void Controller::threadFillImageList() {
     const uint64_t walk = ++currentWalk;
     image_thread_exit = false;
     updateImageProgress();
+    if (!imageWalkInbox)
+        imageWalkInbox = new WalkInbox(this, [this](WalkBatch& batch) {
+            if (currentWalk.load() != batch.walk)
+                return; // a later walk has emptied the grid since
+            for (const QString& name : std::as_const(batch.names))
+                if (itsImageListView)
+                    itsImageListView->addImageView(name);
+            if (batch.last)
+                image_thread_exit = true;
+            // Laid out batch by batch, so that the first cells show while a long walk runs.
+            if (itsImageListView)
+                itsImageListView->update();
+            if (batch.last)
+                updateImageProgress();
+        });
     std::function<void()> task = [this, source, walk] {
         ThreadHandOver::takeOver();
         fillImageListThread(this, source, walk);
@@ -64,26 +88,9 @@ void Controller::fillImageListThread(Controller* controller, const QString& sour
 
 void Controller::fillImageListTable(const QString& source, uint64_t walk) {
     // Runs on the walk's thread: the folder listing is the cached one navigation uses.
-    auto send = [this, walk](QStringList names, bool last) {
-        ThreadHandOver::handOver();
-        QMetaObject::invokeMethod(
-            this,
-            [this, walk, names = std::move(names), last] {
-                ThreadHandOver::takeOver();
-                if (currentWalk.load() != walk)
-                    return; // a later walk has emptied the grid since
-                for (const QString& name : names)
-                    if (itsImageListView)
-                        itsImageListView->addImageView(name);
-                if (last)
-                    image_thread_exit = true;
-                // Laid out batch by batch, so that the first cells show while a long walk runs.
-                if (itsImageListView)
-                    itsImageListView->update();
-                if (last)
-                    updateImageProgress();
-            },
-            Qt::QueuedConnection);
+    auto* inbox = static_cast<WalkInbox*>(imageWalkInbox);
+    auto send = [inbox, walk](QStringList names, bool last) {
+        inbox->put(WalkBatch{walk, std::move(names), last});
     };
 
     QStringList batch;

@@ -5,7 +5,6 @@
 #include "thumbs/ThumbnailMaker.h"
 #include "thumbs/listImageViewItem.h"
 
-#include <QMetaObject>
 #include <QThread>
 
 #include <algorithm>
@@ -29,8 +28,10 @@ void lowerThisWorker() {
 
 } // namespace
 
-ThumbnailQueue::ThumbnailQueue(ScrollNSImageView* grid) : QObject(grid), mGrid(grid) {
-    // One core stays with the GUI thread, which lays out, draws and answers the user.
+ThumbnailQueue::ThumbnailQueue(ScrollNSImageView* grid)
+    : QObject(grid), mGrid(grid),
+      mInbox(new GuiInbox<Result>(
+          this, [this](Result& r) { deliver(r.generation, r.index, r.image); })) {
     mPool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
     mPool.setObjectName(QStringLiteral("thumbnail workers"));
 }
@@ -39,7 +40,6 @@ ThumbnailQueue::~ThumbnailQueue() {
     mEntries.clear();
     mPool.clear();
     mPool.waitForDone();
-    ThreadHandOver::takeOver(); // the queued results of the last decodes are freed here
 }
 
 void ThumbnailQueue::add(listImageViewItem* cell) {
@@ -99,15 +99,7 @@ void ThumbnailQueue::start(int index) {
         lowerThisWorker();
         const QImage image =
             ThumbnailMaker::fitToSide(ThumbnailMaker::make(path, pixels), pixels);
-        // Queued to the GUI thread; dropped there if the queue is gone by then.
-        ThreadHandOver::handOver();
-        QMetaObject::invokeMethod(
-            this,
-            [this, generation, index, image] {
-                ThreadHandOver::takeOver();
-                deliver(generation, index, image);
-            },
-            Qt::QueuedConnection);
+        mInbox->put(Result{generation, index, image});
     };
     ThreadHandOver::handOver(); // after the task is built, before a worker can read it
     mPool.start(std::move(task));

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "thumbs/GuiInbox.h"
+
 class listImageViewItem;
 class ScrollNSImageView;
 
@@ -36,6 +38,12 @@ private:
         State state = State::Waiting;
     };
 
+    struct Result {
+        uint64_t generation;
+        int index;
+        QImage image;
+    };
+
     void pump();
     int pickNext();
     void start(int index);
@@ -48,5 +56,6 @@ private:
     int mRunningNow = 0;       // decodes under way for the cells of now
     int mWaiting = 0;          // cells not handed to a worker yet
     uint64_t mGeneration = 0;  // bumped by clear(): older results are dropped
-    QThreadPool mPool;
+    GuiInbox<Result>* mInbox; // pictures on their way from the workers; a child of the queue
+    QThreadPool mPool;        // last member: its workers end first
 };

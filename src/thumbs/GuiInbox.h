@@ -36,12 +36,10 @@ public:
 
     // Any thread.
     void put(Item item) {
-        bool first = false;
-        {
-            const std::lock_guard<std::mutex> lock(mMutex);
-            first = mItems.empty();
-            mItems.push_back(std::move(item));
-        }
+        // The call is posted under the lock too, so that the inbox is not freed under it.
+        const std::lock_guard<std::mutex> lock(mMutex);
+        const bool first = mItems.empty();
+        mItems.push_back(std::move(item));
         if (first)
             ring();
     }

@@ -1,16 +1,21 @@
+// The about panel, shown as a splash at launch and from Help > About.
+
 #include "app/Controller.h"
 
-// The about splash, the help book and the scrolling links text come with their own change;
-// start-up and shutdown already call them in their places.
+#include "about/AboutLoop.h"
+#include "about/AboutPanel.h"
 
-void Controller::runAbout(QObject*) {}
+void Controller::runAbout(QObject*) {
+    auto* panel = qobject_cast<AboutPanel*>(itsAboutWindow.data());
+    if (!panel)
+        return;
+    AboutLoop loop(panel);
+    loop.run();
+}
 
-void Controller::registerMyHelpBook() {}
-
-void Controller::loadTextToScroll() {}
-
-void Controller::setScrollAmount(float) {}
-
-void Controller::startScrollingAnimation() {}
-
-void Controller::stopScrollingAnimation() {}
+void Controller::changeTransparencyAbout(float alpha) {
+    if (!itsAboutWindow)
+        return;
+    itsAboutWindow->setWindowOpacity(alpha);
+    itsAboutWindow->repaint();
+}

@@ -132,6 +132,7 @@ public:
     void slideRotate(QObject* sender);
     void controlTextDidEndEditing(QObject* object);
     void monohrome(QObject* sender);
+    void focusImageView(); // the main view takes the keyboard for the arrow keys
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;
@@ -167,11 +168,20 @@ public:
 
     // ---------------------------------------------------------------- about/
     void runAbout(QObject* sender);
-    void registerMyHelpBook();
+    int16_t registerMyHelpBook(); // 0, or -43 when the help pages are missing
     void loadTextToScroll();
     void setScrollAmount(float amount);
     void startScrollingAnimation();
     void stopScrollingAnimation();
+
+    // ---------------------------------------------------------------- about/: panel, links, help
+    void changeTransparencyAbout(float alpha);
+    QString textToScroll() const; // the shipped "links" document; empty when it is missing
+    void scrollOneUnit();         // one tick of the links text's motion
+    void displayHelp(QObject* sender);
+    void visitSite(QObject* sender);
+    void visitAd(QObject* sender);
+    void visitSiteSupport(QObject* sender);
 
     // Off by default; the test switch --no-splash and the test suites turn it on.
     bool skipSplash = false;

@@ -123,6 +123,7 @@ void Controller::applicationWillFinishLaunching() {
 bool Controller::application(QObject*, const QString& openFile) {
     if (!imageViewUpdate(openFile))
         return false;
+    focusImageView();
     savedLoaction = itsSrcFileName ? itsSrcFileName->text() : QString();
     setSourceLocationName(openFile, true);
     return true;

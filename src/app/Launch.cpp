@@ -21,6 +21,25 @@ QStringList absolutePaths(const QStringList& arguments) {
 
 } // namespace
 
+void launchController(Controller& controller, const QStringList& files) {
+    controller.loadMainWindow();
+    controller.window()->show();
+    controller.applicationWillFinishLaunching();
+    for (const QString& file : files)
+        controller.application(QCoreApplication::instance(), file);
+    controller.applicationDidFinishLaunching();
+}
+
+void openHandedOverFiles(Controller& controller, const QStringList& paths) {
+    for (const QString& path : paths)
+        controller.application(QCoreApplication::instance(), path);
+    if (QMainWindow* window = controller.window()) {
+        window->show();
+        window->raise();
+        window->activateWindow();
+    }
+}
+
 int runApplication(int argc, char** argv) {
     Q_INIT_RESOURCE(resources); // the resources live in the static core library
     QApplication app(argc, argv);
@@ -54,23 +73,11 @@ int runApplication(int argc, char** argv) {
 
     Controller controller;
     controller.skipSplash = parser.isSet(noSplash);
-    controller.loadMainWindow();
-    controller.window()->show();
-    controller.applicationWillFinishLaunching();
-    for (const QString& file : files)
-        controller.application(&app, file);
-    controller.applicationDidFinishLaunching();
+    launchController(controller, files);
 
-    QObject::connect(&instance, &SingleInstance::filesReceived, &controller,
-                     [&controller, &app](const QStringList& paths) {
-                         for (const QString& path : paths)
-                             controller.application(&app, path);
-                         if (QMainWindow* window = controller.window()) {
-                             window->show();
-                             window->raise();
-                             window->activateWindow();
-                         }
-                     });
+    QObject::connect(
+        &instance, &SingleInstance::filesReceived, &controller,
+        [&controller](const QStringList& paths) { openHandedOverFiles(controller, paths); });
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &controller,
                      [&controller] { controller.applicationWillTerminate(); });
     return app.exec();

@@ -3,7 +3,11 @@
 // controls are wired to their actions only after that, so that the initial values set by the
 // start-up don't read as user actions.
 
+#include "about/AboutPanel.h"
+#include "about/FineScrollArea.h"
+#include "about/LinkRunTextView.h"
 #include "app/Controller.h"
+#include "app/MenuShortcutPriority.h"
 #include "app/PrefDrawer.h"
 #include "thumbs/ImageListScrollArea.h"
 #include "thumbs/ScrollNSImageView.h"
@@ -124,14 +128,15 @@ void Controller::loadMainWindow() {
     convertRow->addWidget(itsConvertAll);
     mainColumn->addLayout(convertRow);
 
-    advScrollView = named(new QScrollArea(central), "advScrollView");
+    advScrollView = named(new FineScrollArea(central), "advScrollView");
     advScrollView->setWidgetResizable(true);
     advScrollView->setFixedHeight(44);
     advScrollView->setFrameShape(QFrame::NoFrame);
     advScrollView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     advScrollView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    advTextView = named(new QTextBrowser(advScrollView), "advTextView");
-    advTextView->setOpenExternalLinks(true);
+    auto* links = named(new LinkRunTextView(advScrollView), "advTextView");
+    links->awakeFromNib();
+    advTextView = links;
     advTextView->setFrameShape(QFrame::NoFrame);
     advTextView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     advTextView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -161,6 +166,9 @@ void Controller::loadMainWindow() {
     drawer->setMinimumWidth(0);
     columns->addWidget(drawer);
 
+    // The about panel, shown as a splash at launch and from Help > About.
+    itsAboutWindow = AboutPanel::load(window);
+
     // Menus.
     QMenu* fileMenu = window->menuBar()->addMenu(tr("&File"));
     itsMenuItemOpen = fileMenu->addAction(tr("&Open…"));
@@ -186,12 +194,21 @@ void Controller::loadMainWindow() {
     itsMenuItemPref->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
 
     QMenu* helpMenu = window->menuBar()->addMenu(tr("&Help"));
+    QAction* help = helpMenu->addAction(tr("Ormidon Help"));
+    help->setShortcut(QKeySequence::HelpContents);
+    helpMenu->addSeparator();
+    QAction* site = helpMenu->addAction(tr("Ormidon &Web Site"));
+    QAction* ad = helpMenu->addAction(tr("&More from the Makers of Ormidon"));
+    QAction* support = helpMenu->addAction(tr("Ormidon &Support"));
+    helpMenu->addSeparator();
     QAction* about = helpMenu->addAction(tr("&About Ormidon"));
     about->setMenuRole(QAction::AboutRole);
 
     // Check marks follow the controller's state each time a menu opens.
     for (QMenu* menu : {fileMenu, viewMenu, helpMenu})
         connect(menu, &QMenu::aboutToShow, this, &Controller::validateMenuItems);
+    // The menu shortcuts work wherever the keyboard is, a text field included.
+    new MenuShortcutPriority(window);
 
     awakeFromNib();
 
@@ -220,6 +237,10 @@ void Controller::loadMainWindow() {
     connect(itsMenuItemMonochrome, &QAction::triggered, this,
             [this] { monohrome(itsMenuItemMonochrome); });
     connect(itsMenuItemPref, &QAction::triggered, this, [this] { showPref(itsMenuItemPref); });
+    connect(help, &QAction::triggered, this, [this, help] { displayHelp(help); });
+    connect(site, &QAction::triggered, this, [this, site] { visitSite(site); });
+    connect(ad, &QAction::triggered, this, [this, ad] { visitAd(ad); });
+    connect(support, &QAction::triggered, this, [this, support] { visitSiteSupport(support); });
     connect(about, &QAction::triggered, this, [this, about] { runAbout(about); });
 
     // The image list re-lays out when its tab is shown and when the window changes size.

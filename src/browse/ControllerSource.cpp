@@ -120,6 +120,7 @@ void Controller::setSourceFileName(const QString& path, bool listUpdate) {
                                       (path.isEmpty() ? QString() : QFileInfo(path).fileName()));
 
     const QString previous = itsSrcFileName ? itsSrcFileName->text() : QString();
+    focusImageView();
     if (imageViewUpdate(path)) {
         setEnabled(itsPrev, true);
         setEnabled(itsNext, true);

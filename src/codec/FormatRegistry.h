@@ -77,7 +77,7 @@ inline constexpr FormatRow kRows[] = {
   {"PDF ", 0,                    Encoder::Pdf, nullptr, "pdf", false, "pdf",             nullptr, nullptr,                    nullptr, nullptr},
   {"EPS ", 0,                    Encoder::Eps, nullptr, "eps", false, "",                nullptr, nullptr,                    nullptr, nullptr},
   // Read only: formats whose Magick coders go by other names than their files' suffixes.
-  {nullptr, 0, kNone, nullptr, nullptr, false, "pict pct pic",  nullptr, "PICT PCT",      nullptr, nullptr},
+  {nullptr, 0, kNone, nullptr, nullptr, false, "pict pct pic",  nullptr, "PICT PCT",      nullptr, pictVersionPresent},
   {nullptr, 0, kNone, nullptr, nullptr, false, "ico",           "ico",   "ICON",          nullptr, nullptr},
   {nullptr, 0, kNone, nullptr, nullptr, false, "six sixel",     nullptr, "SIXEL SIX",     nullptr, nullptr},
   {nullptr, 0, kNone, nullptr, nullptr, false, "fits fts",      nullptr, "FITS FTS",      nullptr, nullptr},

@@ -126,6 +126,20 @@ bool jbigPageWithinLimits(QIODevice& file) {
            height <= DecodeLimits::kMaxSide && width * height <= DecodeLimits::kMaxPixels;
 }
 
+bool pictVersionPresent(QIODevice& file) {
+    // After the picture's size (2 bytes) and frame (8 bytes): version 1 is the opcode 0x11 with
+    // the version 1; version 2 is the opcode 0x0011 with the version 0x02FF.
+    for (const qint64 start : {qint64(512), qint64(0)}) {
+        uchar opcode[4];
+        if (!file.seek(start + 10) || file.read(reinterpret_cast<char*>(opcode), 4) != 4)
+            continue;
+        if ((opcode[0] == 0x11 && opcode[1] == 0x01) ||
+            (opcode[0] == 0x00 && opcode[1] == 0x11 && opcode[2] == 0x02 && opcode[3] == 0xFF))
+            return true;
+    }
+    return false;
+}
+
 std::optional<Dpi> bmpDpi(QIODevice& file) {
     uchar head[46];
     if (!file.seek(0) || file.read(reinterpret_cast<char*>(head), 46) != 46 || head[0] != 'B' ||

@@ -29,4 +29,9 @@ bool jpegSegmentsWithinBudget(QIODevice& file);
 // whole before reading a row, and ends the process when that fails.
 bool jbigPageWithinLimits(QIODevice& file);
 
+// Whether a PICT file begins its drawing with a version opcode, after its 512-byte preamble or
+// without one. The PICT decoder reads a file that does not byte by byte to its end: seconds a
+// hundred megabytes.
+bool pictVersionPresent(QIODevice& file);
+
 } // namespace HeaderReaders

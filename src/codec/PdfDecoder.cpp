@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cctype>
 #include <cmath>
 #include <memory>
 
@@ -30,6 +31,11 @@ constexpr double kMaxPagePixels = 64'000'000;
 // second for its content. Checked by poppler between drawing operators.
 constexpr std::chrono::milliseconds kRenderBudgetBase{1000};
 constexpr double kRenderNanosecondsPerPixel = 60.0;
+
+// Files up to this size may have their cross-reference table rebuilt (see repairAffordable);
+// the table's place is looked for within the last kilobyte, as poppler does.
+constexpr qint64 kRepairableBytes = 64 * 1024 * 1024;
+constexpr qint64 kTrailerReach = 1024;
 
 std::chrono::nanoseconds renderBudget(double pixels) {
     return kRenderBudgetBase +
@@ -79,12 +85,44 @@ bool claimsGiantImage(const QString& path) {
     return false;
 }
 
+// Whether poppler can find the file's cross-reference table where its trailer says. Where it
+// cannot, poppler rebuilds the table by reading the whole file, which repairs a cut-off
+// download in moments but takes minutes for a file of a gigabyte: past a size, such a file is
+// refused.
+bool repairAffordable(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    if (file.size() <= kRepairableBytes)
+        return true;
+    if (!file.seek(file.size() - kTrailerReach))
+        return false;
+    const QByteArray tail = file.read(kTrailerReach);
+    const qsizetype at = tail.lastIndexOf("startxref");
+    if (at < 0)
+        return false;
+    qsizetype digit = at + 9;
+    while (digit < tail.size() && std::isspace(uchar(tail[digit])))
+        ++digit;
+    qint64 offset = 0;
+    qsizetype end = digit;
+    for (; end < tail.size() && end < digit + 18 && std::isdigit(uchar(tail[end])); ++end)
+        offset = offset * 10 + (tail[end] - '0');
+    if (end == digit || offset >= file.size() || !file.seek(offset))
+        return false;
+    const QByteArray there = file.read(32);
+    // A classic table, or a cross-reference stream: "12 0 obj".
+    return there.startsWith("xref") || QByteArrayView(there).contains(" obj");
+}
+
 bool pastDeadline(const QVariant& deadline) {
     return std::chrono::steady_clock::now().time_since_epoch().count() > deadline.toLongLong();
 }
 
 std::unique_ptr<Poppler::Page> firstPage(const QString& path,
                                          std::unique_ptr<Poppler::Document>& document) {
+    if (!repairAffordable(path))
+        return nullptr;
     document = Poppler::Document::load(path);
     if (!document || document->isLocked() || document->numPages() < 1)
         return nullptr;
@@ -121,7 +159,7 @@ namespace {
 // time budget of its pixel count.
 template <class DpiFor> DecodedImage renderFirstPage(const QString& path, DpiFor dpiFor) {
     DecodedImage result;
-    if (claimsGiantImage(path))
+    if (!repairAffordable(path) || claimsGiantImage(path))
         return result;
     std::unique_ptr<Poppler::Document> document;
     const std::unique_ptr<Poppler::Page> page = firstPage(path, document);

@@ -78,6 +78,25 @@ int16_t writeWithQt(const QImage& picture, const QString& path, const char* name
     return commitOutput(file);
 }
 
+// A Magick picture holding the pixels of `argb` (ARGB32), or null when Magick cannot hold
+// a picture of this size. Magick's own one-call constructor asserts, taking the program down,
+// when its pixel cache cannot be set up; here that case is a plain failure.
+MagickCore::Image* constitute(const QImage& argb) {
+    MagickCore::Image* image = MagickCore::AcquireImage(nullptr);
+    if (!image)
+        return nullptr;
+    const size_t width = size_t(argb.width());
+    const size_t height = size_t(argb.height());
+    image->matte = MagickCore::MagickTrue;
+    if (MagickCore::SetImageExtent(image, width, height) == MagickCore::MagickFalse ||
+        MagickCore::ImportImagePixels(image, 0, 0, width, height, "BGRA", MagickCore::CharPixel,
+                                      argb.constBits()) == MagickCore::MagickFalse) {
+        MagickCore::DestroyImage(image);
+        return nullptr;
+    }
+    return image;
+}
+
 int16_t writeWithMagick(const QImage& picture, const QString& path, const char* coder, float dpi) {
     ensureMagickInitialised();
     // Straight (not premultiplied) alpha, laid out B, G, R, A in memory on this little-endian
@@ -89,8 +108,10 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
         const QImage argb = picture.convertToFormat(QImage::Format_ARGB32);
         if (argb.isNull())
             return kOutOfMemory;
-        Magick::Image image(size_t(argb.width()), size_t(argb.height()), "BGRA", Magick::CharPixel,
-                            argb.constBits());
+        MagickCore::Image* pixels = constitute(argb);
+        if (!pixels)
+            return kOutOfMemory;
+        Magick::Image image(pixels); // takes ownership
         image.quiet(true); // warnings are not failures
         image.magick(coder);
         image.depth(8);

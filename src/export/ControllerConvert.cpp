@@ -3,6 +3,7 @@
 // the source's folder on a worker thread; the worker reads and updates the controls only
 // through blocking posts to the GUI thread, so every step happens in order.
 
+#include "app/BusyWork.h"
 #include "app/Controller.h"
 #include "app/GuiThread.h"
 #include "app/TextNumbers.h"
@@ -133,7 +134,18 @@ void Controller::convert(QObject* /*sender*/) {
     const long format = getRealExportIndex(itsFormatCombo->currentText());
     if (format < 0)
         return;
-    saveImage(QString(), format);
+    const QString shown = itsWmfView ? itsWmfView->wmfPath() : QString();
+    if (format == kEpsFormat) {
+        // The EPS is the view's own drawing of the picture it shows: made in one go here, so
+        // that nothing opened meanwhile can slip into it.
+        const ScopedWaitCursor busy(itsMainWindow);
+        saveImage(shown, format);
+        return;
+    }
+    // The picture shown now is the one converted and named, whatever opens meanwhile. Its
+    // decode, drawing and encode run beside the window, which keeps painting under the wait
+    // cursor; the question and any alert still come on the GUI thread, in the same order.
+    runWhileBusy(itsMainWindow, [this, &shown, format] { saveImage(shown, format); });
 }
 
 namespace {

@@ -57,7 +57,7 @@ ProbeResult judge(const CorpusEntry& entry, QProcess& child, bool timedOut, qint
     }
 
     if (timedOut) {
-        r.reason = QString("timeout: still running after %1 s%2").arg(seconds).arg(where);
+        r.reason = QString("timeout: one step still running after %1 s%2").arg(seconds).arg(where);
     } else if (child.exitStatus() == QProcess::CrashExit) {
         const int signal = child.exitCode();
         r.reason = QString("crash: signal %1 (%2)%3")
@@ -126,6 +126,10 @@ QList<ProbeResult> ProbeRunner::run(const QList<CorpusEntry>& entries) {
             *timedOut = true;
             child->kill();
         });
+        // The probe says a line as each step starts and ends: the budget is for one step, so
+        // that a file which is slow in each of its many saves is not taken for a hang.
+        QObject::connect(child, &QProcess::readyReadStandardOutput, timer,
+                         [timer] { timer->start(); });
         QObject::connect(
             child, &QProcess::finished, &loop,
             [&, child, clock, timedOut, index, slot, folder](int, QProcess::ExitStatus) {

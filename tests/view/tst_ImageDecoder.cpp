@@ -300,6 +300,42 @@ private slots:
         QVERIFY(!ImageDecoder::decode(path).ok);
     }
 
+    // Large files that a decoder would read to their end before giving up are refused from
+    // their first and last bytes: a PICT whose drawing never starts, a PDF whose
+    // cross-reference table would have to be rebuilt from a scan of the whole file.
+    void largeFilesWithoutAStructureAreRefusedAtOnce() {
+        const QString pict = file("zeros.pict");
+        const QString pdf = file("no-trailer.pdf");
+        QFile zeros(pict);
+        QVERIFY(zeros.open(QIODevice::WriteOnly) && zeros.resize(qint64(1) << 30));
+        zeros.close();
+        QFile headed(pdf);
+        QVERIFY(headed.open(QIODevice::WriteOnly) && headed.write("%PDF-1.4\n") == 9 &&
+                headed.resize(qint64(1) << 30));
+        headed.close();
+        for (const QString& path : {pict, pdf}) {
+            QVERIFY(!ImageDecoder::decode(path).ok);
+            QVERIFY(ImageDecoder::measure(path).isEmpty());
+        }
+    }
+
+    // A large PDF whose trailer leads to its table opens, however much it carries.
+    void largePdfWithItsTableOpens() {
+        const QString small = file("small.pdf");
+        QVERIFY(writePdf(small, 200, 100));
+        QFile in(small);
+        QVERIFY(in.open(QIODevice::ReadOnly));
+        const QByteArray pdf = in.readAll();
+        const qsizetype at = pdf.lastIndexOf("startxref");
+        QVERIFY(at > 0);
+        const QByteArray ending = pdf.mid(at);
+        const QString path = file("large.pdf");
+        QVERIFY(writeFile(path, pdf + "%" + QByteArray(80 * 1024 * 1024, ' ') + "\n" + ending));
+        const DecodedImage d = ImageDecoder::decode(path);
+        QVERIFY(d.ok);
+        QVERIFY(qAbs(d.pointSize.width() - 200) < 1);
+    }
+
     // A page as large as a building is drawn at a resolution that keeps its raster reasonable.
     void anEnormousPageIsDrawnWithinThePixelBudget() {
         const QString path = file("enormous.pdf");

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Drives Ormidon in a real X server: opens a picture from the command line, steps to the next
-# one with the arrow key, converts it with the menu shortcut, hands a file over from a second
-# launch, quits, and checks the files and the preferences the run left behind. A screenshot of
-# the window is kept as real_window.png in the given folder for a person to look at.
+# one with the arrow key pressed right after launch, converts it with the menu shortcut from the
+# view and from inside each text field, hands a file over from a second launch, quits, and
+# checks the files and the preferences the run left behind. Screenshots of the window are kept
+# as real_window*.png in the given folder for a person to look at.
 # A second run, with the fill-list box on, fills the "Image List" tab for a folder of squares,
 # checks that they show in the screenshot (real_window_list.png) and opens one with a click.
 set -euo pipefail
@@ -13,12 +14,22 @@ inside=${3:-}
 fail() { echo "FAIL: $*"; exit 1; }
 
 wait_title() { # prints the id of a window whose title is exactly $1, once there is one
-  for _ in $(seq 100); do
+  for _ in $(seq "${2:-100}"); do # tenths of a second
     id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n1 || true)
     [ -n "$id" ] && { echo "$id"; return 0; }
     sleep 0.1
   done
   return 1
+}
+
+wait_file() { # waits up to 10 s for a non-empty file
+  for _ in $(seq 100); do [ -s "$1" ] && return 0; sleep 0.1; done
+  return 1
+}
+
+click_field() { # clicks into the window at x y and lets the click land
+  xdotool mousemove --window "$win" "$1" "$2" click 1
+  sleep 0.3
 }
 
 run_in_x() {
@@ -27,16 +38,51 @@ run_in_x() {
   win=$(wait_title "Ormidon: a.png") || fail "no window titled 'Ormidon: a.png'"
   xdotool windowsize "$win" 900 700
   sleep 0.5
-  # Click into the picture so that the view has the keyboard, then step with the arrow key.
-  xdotool mousemove --window "$win" 300 250 click 1
+  # The window gets the keyboard as a window manager would give it, and nothing is clicked:
+  # the first Right steps to the next image (not to the "Image List" tab).
+  xdotool windowfocus --sync "$win"
   xdotool key Right
-  wait_title "Ormidon: b.png" >/dev/null || fail "the right arrow did not step to b.png"
+  wait_title "Ormidon: b.png" >/dev/null || {
+    import -window root "$shots/real_window_failed.png"
+    fail "the right arrow right after launch did not step to b.png"
+  }
   sleep 0.5
   import -window root "$shots/real_window.png"
   # Convert the current picture with the menu shortcut into the default destination.
   xdotool key ctrl+e
-  for _ in $(seq 100); do [ -s "$HOME/Desktop/b.TIFF" ] && break; sleep 0.1; done
-  [ -s "$HOME/Desktop/b.TIFF" ] || fail "ctrl+e wrote no $HOME/Desktop/b.TIFF"
+  wait_file "$HOME/Desktop/b.TIFF" || fail "ctrl+e wrote no $HOME/Desktop/b.TIFF"
+
+  # Ctrl+E from inside each text field. The fields sit where the 900 x 700 window lays them
+  # out; a Right typed into a field moves its text cursor, so an unchanged title shows that the
+  # field, not the view, has the keyboard.
+  # The angle field: 45, Return, Ctrl+E gives the turned picture.
+  rm -f "$HOME/Desktop/b.TIFF"
+  click_field 436 602
+  xdotool key End BackSpace BackSpace BackSpace BackSpace
+  xdotool type 45
+  xdotool key Return
+  xdotool key ctrl+e
+  wait_file "$HOME/Desktop/b.TIFF" || fail "ctrl+e from the angle field wrote no b.TIFF"
+  size=$(identify -format '%w %h' "$HOME/Desktop/b.TIFF")
+  [ "$size" != "480 640" ] && [ "${size%% *}" -gt 700 ] || fail "b.TIFF at 45 degrees is $size"
+  xdotool key End BackSpace BackSpace BackSpace BackSpace
+  xdotool type 0
+  xdotool key Return
+  for field in "source 289 575" "destination 761 46" "resolution 780 74"; do
+    set -- $field
+    rm -f "$HOME/Desktop/b.TIFF"
+    click_field "$2" "$3"
+    xdotool key Right
+    sleep 0.3
+    [ -n "$(xdotool search --onlyvisible --name '^Ormidon: b.png$')" ] \
+      || fail "the $1 field did not take the keyboard (Right stepped the picture)"
+    xdotool key ctrl+e
+    wait_file "$HOME/Desktop/b.TIFF" || {
+      import -window root "$shots/real_window_failed.png"
+      fail "ctrl+e from the $1 field wrote no b.TIFF"
+    }
+  done
+  import -window root "$shots/real_window_fields.png"
   # Convert All writes every image of the folder, the text file skipped; b.TIFF exists, so
   # the batch asks once about it, and Skip keeps it.
   before=$(stat -c %Y.%s "$HOME/Desktop/b.TIFF")
@@ -55,9 +101,28 @@ run_in_x() {
   [ "$(stat -c %Y.%s "$HOME/Desktop/b.TIFF")" = "$before" ] || fail "Skip replaced b.TIFF"
   sleep 0.5
   # A second launch hands its file to the running window and ends at once.
+  # The keyboard is in the resolution field; the handed-over picture gives it back to the view,
+  # so Left steps from c.png to b.png and Right back to c.png.
   timeout 10 "$app" --no-splash "$pictures/c.png" || fail "the second launch did not end"
   [ "$(xdotool search --onlyvisible --name "^Ormidon: " | wc -l)" = 1 ] || fail "a second window opened"
   sleep 0.5
+  xdotool key Left
+  wait_title "Ormidon: b.png" >/dev/null || fail "Left after the hand-over did not step to b.png"
+  xdotool key Right
+  wait_title "Ormidon: c.png" >/dev/null || fail "Right after the hand-over did not step to c.png"
+  sleep 0.3
+  # A larger picture: Right pressed while it converts waits for the conversion, and is then
+  # handled, never lost; the output is the picture that was shown at Ctrl+E.
+  timeout 10 "$app" --no-splash "$large/big.jpg" || fail "the third launch did not end"
+  sleep 0.5
+  xdotool key ctrl+e Right
+  wait_title "Ormidon: next.png" 600 >/dev/null || {
+    import -window root "$shots/real_window_failed.png"
+    fail "Right pressed during a conversion was lost"
+  }
+  wait_file "$HOME/Desktop/big.TIFF" || fail "ctrl+e wrote no big.TIFF"
+  identify -format '%w %h\n' "$HOME/Desktop/big.TIFF" | grep -q '^4000 3000$' \
+    || fail "big.TIFF is not the 4000 x 3000 picture"
   xdotool key ctrl+q
   for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
   kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit"
@@ -112,21 +177,23 @@ fi
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-export work pictures=$work/pictures
+export work pictures=$work/pictures large=$work/large
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
+mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" "$large" && chmod 700 "$XDG_RUNTIME_DIR"
 unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
 convert -size 640x480 gradient:red-blue "$pictures/a.png"
 convert -size 480x640 gradient:yellow-green "$pictures/b.png"
 convert -size 300x200 xc:orange "$pictures/c.png"
 echo "not a picture" > "$pictures/b2.txt"
+convert -size 4000x3000 gradient:white-purple -density 72 -units PixelsPerInch "$large/big.jpg"
+convert -size 200x100 xc:teal "$large/next.png"
 
 xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$app" "$shots" inside || {
   echo "--- program output"; cat "$work/app.log"; exit 1; }
 
 pref=$HOME/Library/Preferences/zel.pref
 [ -f "$pref" ] || fail "no preferences file at $pref"
-grep -q "c.png" "$pref" || fail "the handed-over file is not the saved source: $(cat "$pref")"
+grep -q "next.png" "$pref" || fail "the picture shown last is not the saved source: $(cat "$pref")"
 identify -format '%w %h\n' "$HOME/Desktop/b.TIFF" | grep -q '^480 640$' \
   || fail "b.TIFF is not 480 x 640"
 

@@ -1,0 +1,74 @@
+#include "app/MenuShortcutPriority.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+#include <QWidget>
+
+namespace {
+
+bool hasShortcut(const QAction* action, const QKeySequence& pressed) {
+    if (!action->isEnabled())
+        return false;
+    for (const QKeySequence& shortcut : action->shortcuts())
+        if (shortcut.matches(pressed) == QKeySequence::ExactMatch)
+            return true;
+    return false;
+}
+
+// The items of a menu and of its submenus, depth first.
+bool menuHasShortcut(const QList<QAction*>& actions, const QKeySequence& pressed) {
+    for (const QAction* action : actions) {
+        if (hasShortcut(action, pressed))
+            return true;
+        if (const QMenu* sub = action->menu(); sub && menuHasShortcut(sub->actions(), pressed))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+MenuShortcutPriority::MenuShortcutPriority(QWidget* window) : QObject(window), window(window) {
+    if (QCoreApplication* app = QCoreApplication::instance())
+        app->installEventFilter(this);
+}
+
+MenuShortcutPriority::~MenuShortcutPriority() {
+    if (QCoreApplication* app = QCoreApplication::instance())
+        app->removeEventFilter(this);
+}
+
+bool MenuShortcutPriority::isMenuShortcut(const QKeyEvent& key) const {
+    if (!window)
+        return false;
+    const int code = key.key();
+    if (code == 0 || code == Qt::Key_unknown || code == Qt::Key_Control || code == Qt::Key_Shift ||
+        code == Qt::Key_Alt || code == Qt::Key_Meta)
+        return false;
+    // The keypad's digits and signs are the same keys to a shortcut.
+    const QKeySequence pressed(
+        QKeyCombination(key.modifiers() & ~Qt::KeypadModifier, Qt::Key(code)));
+    if (menuHasShortcut(window->actions(), pressed))
+        return true;
+    for (const QMenuBar* bar : window->findChildren<QMenuBar*>())
+        if (menuHasShortcut(bar->actions(), pressed))
+            return true;
+    return false;
+}
+
+bool MenuShortcutPriority::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() != QEvent::ShortcutOverride)
+        return false;
+    auto* widget = qobject_cast<QWidget*>(object);
+    if (!widget || !window || widget->window() != window)
+        return false; // a dialog's fields keep their keys: the window's menus don't reach there
+    if (!isMenuShortcut(*static_cast<QKeyEvent*>(event)))
+        return false;
+    // Not accepted and not delivered: no control claims the key, so the shortcut runs.
+    event->ignore();
+    return true;
+}

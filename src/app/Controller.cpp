@@ -10,6 +10,7 @@ Controller::Controller(QObject* parent) : QObject(parent) {}
 // The main window has no parent widget; the controller owns it.
 Controller::~Controller() {
     waitForBatch();
+    waitForImageList();
     delete itsMainWindow.data();
 }
 

@@ -15,6 +15,7 @@
 #include <memory>
 
 #include "app/TPref.h"
+#include "thumbs/ScrollNSImageView.h" // the outlet itsImageListView is used through QPointer
 #include "view/Rect.h"
 
 class QAction;
@@ -30,9 +31,11 @@ class QSlider;
 class QTabWidget;
 class QTextBrowser;
 class QThread;
+class QThreadPool;
 class QTimer;
 class QWidget;
 
+class GuiInboxBase;
 class PrefDrawer;
 class wmfImageView;
 
@@ -74,7 +77,7 @@ public:
     QPointer<QTextBrowser> advTextView;
     QPointer<QScrollArea> advScrollView;
     QPointer<QTimer> scrollingTimer;
-    QPointer<QScrollArea> itsImageListView; // the thumbnail grid's place on the "Image List" tab
+    QPointer<ScrollNSImageView> itsImageListView; // the thumbnail grid of the "Image List" tab
     QPointer<QProgressBar> itsImageProgress;
     QPointer<QTabWidget> _tabView;
 
@@ -153,10 +156,17 @@ public:
     // written, tells the user without stopping anything: status line and batch summary.
     void finishOutput(const QString& destPath, const QString& reason);
 
-    // ---------------------------------------------------------------- thumbs/, about/ hooks
+    // ---------------------------------------------------------------- thumbs/: image list
     void threadFillImageList();
+    static void fillImageListThread(Controller* controller, const QString& source, uint64_t walk);
+    void fillImageListTable(const QString& source, uint64_t walk);
     void clearImageList();
     void addImageView(const QString& path);
+    void tabViewDidSelectTabViewItem(QTabWidget* tabView, int index);
+    void windowDidResize();
+    void waitForImageList(); // stops the walk and lets it end (shutdown)
+
+    // ---------------------------------------------------------------- about/
     void runAbout(QObject* sender);
     int16_t registerMyHelpBook(); // 0, or -43 when the help pages are missing
     void loadTextToScroll();
@@ -185,5 +195,8 @@ signals:
 
 private:
     QThread* batchThread = nullptr;
+    QThreadPool* imageWalkPool = nullptr;   // the image list's walk: one at a time
+    GuiInboxBase* imageWalkInbox = nullptr; // the names it finds, on their way to this thread
+    void updateImageProgress();           // spins while the list fills
     QStringList batchFailures; // GUI thread: outputs of the running batch that were not written
 };

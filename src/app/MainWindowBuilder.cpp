@@ -9,6 +9,8 @@
 #include "app/Controller.h"
 #include "app/MenuShortcutPriority.h"
 #include "app/PrefDrawer.h"
+#include "thumbs/ImageListScrollArea.h"
+#include "thumbs/ScrollNSImageView.h"
 #include "view/wmfImageView.h"
 
 #include <QAction>
@@ -69,13 +71,14 @@ void Controller::loadMainWindow() {
     auto* listPage = new QWidget(_tabView);
     auto* listLayout = new QVBoxLayout(listPage);
     listLayout->setContentsMargins(0, 0, 0, 0);
-    itsImageListView = named(new QScrollArea(listPage), "itsImageListView");
-    itsImageListView->setWidgetResizable(true);
+    auto* listScroll = named(new ImageListScrollArea(listPage), "itsImageListScroll");
+    itsImageListView = named(listScroll->grid(), "itsImageListView");
+    itsImageListView->mController = this;
     itsImageProgress = named(new QProgressBar(listPage), "itsImageProgress");
     itsImageProgress->setTextVisible(false);
     itsImageProgress->setMaximumHeight(8);
     itsImageProgress->setVisible(false);
-    listLayout->addWidget(itsImageListView, 1);
+    listLayout->addWidget(listScroll, 1);
     listLayout->addWidget(itsImageProgress);
     _tabView->addTab(listPage, tr("Image List"));
     mainColumn->addWidget(_tabView, 1);
@@ -239,4 +242,11 @@ void Controller::loadMainWindow() {
     connect(ad, &QAction::triggered, this, [this, ad] { visitAd(ad); });
     connect(support, &QAction::triggered, this, [this, support] { visitSiteSupport(support); });
     connect(about, &QAction::triggered, this, [this, about] { runAbout(about); });
+
+    // The image list re-lays out when its tab is shown and when the window changes size.
+    connect(_tabView, &QTabWidget::currentChanged, this,
+            [this](int index) { tabViewDidSelectTabViewItem(_tabView, index); });
+    watchWindowResize(window, [this] { windowDidResize(); });
+    connect(itsImageListView, &ScrollNSImageView::thumbnailsLoaded, this,
+            &Controller::updateImageProgress);
 }

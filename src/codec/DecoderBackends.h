@@ -32,6 +32,8 @@ QSizeF magickMeasure(const QString& path);
 // poppler: the first page of a PDF.
 bool looksLikePdf(const QString& path);
 DecodedImage pdfDecode(const QString& path);
+// The first page drawn to fit within maxSide x maxSide pixels; pointSize is the page's size.
+DecodedImage pdfDecodeScaled(const QString& path, int maxSide);
 QSizeF pdfMeasure(const QString& path);
 
 } // namespace DecoderBackends

@@ -2,8 +2,10 @@
 
 #include <QFileInfo>
 
+#include <QBuffer>
 #include <QFile>
 #include <QImageReader>
+#include <QTransform>
 #include <QSet>
 
 #include <cmath>
@@ -13,6 +15,7 @@
 
 #include "codec/DecodeLimits.h"
 #include "codec/DecoderBackends.h"
+#include "codec/ExifThumbnail.h"
 #include "codec/FormatRegistry.h"
 #include "codec/MagickSupport.h"
 
@@ -104,7 +107,57 @@ QSize orientedSize(const QImageReader& reader, QSize size) {
                : size;
 }
 
-Outcome qtDecode(const QString& path, DecodedImage& out) {
+// Turns a picture the way a reader's automatic transformation would (the EXIF orientation).
+QImage transformedAs(QImage image, QImageIOHandler::Transformations how) {
+    if (how == QImageIOHandler::TransformationRotate270)
+        return image.transformed(QTransform().rotate(270));
+    image.mirror(how.testFlag(QImageIOHandler::TransformationMirror),
+                 how.testFlag(QImageIOHandler::TransformationFlip));
+    if (how.testFlag(QImageIOHandler::TransformationRotate90))
+        image = image.transformed(QTransform().rotate(90));
+    return image;
+}
+
+// The thumbnail a camera stored in the JPEG, when it is at least `maxSide` on its longer side
+// and has the picture's proportions (a padded thumbnail would show bands); else a null image.
+QImage embeddedThumbnail(const QString& path, const QImageReader& reader, QSize declared,
+                         int maxSide) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QByteArray bytes = ExifThumbnail::read(file);
+    if (bytes.isEmpty())
+        return {};
+    QBuffer buffer(&bytes);
+    QImageReader small(&buffer, "jpeg");
+    small.setAutoTransform(false);
+    const QSize size = small.size();
+    if (!size.isValid() || std::max(size.width(), size.height()) < maxSide ||
+        !withinLimits(size.width(), size.height()))
+        return {};
+    const double ratio = double(size.width()) / size.height();
+    const double wanted = double(declared.width()) / declared.height();
+    if (std::abs(ratio - wanted) > 0.02 * wanted)
+        return {};
+    QImage image;
+    if (!small.read(&image) || image.isNull())
+        return {};
+    return transformedAs(image.scaled(size.scaled(maxSide, maxSide, Qt::KeepAspectRatio),
+                                      Qt::IgnoreAspectRatio, Qt::SmoothTransformation),
+                         reader.transformation());
+}
+
+// A picture fitted within maxSide x maxSide pixels, never enlarged.
+QImage fittedWithin(QImage image, int maxSide) {
+    if (image.width() <= maxSide && image.height() <= maxSide)
+        return image;
+    return image.scaled(maxSide, maxSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+// With maxSide > 0 the picture comes fitted within maxSide x maxSide pixels, decoded at that
+// size where the reader can (JPEG scales while decoding, SVG draws at the size asked), and its
+// size in points is left empty.
+Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide = 0) {
     setQtAllocationLimit();
     // Other code of the process (a style or platform plugin) may have started Magick++, whose
     // TIFF module leaves libtiff's handlers pointing at its own freed reports.
@@ -120,11 +173,30 @@ Outcome qtDecode(const QString& path, DecodedImage& out) {
     if (declared != QSize(-1, -1) &&
         !withinLimits(std::abs(qint64(declared.width())), std::abs(qint64(declared.height()))))
         return Outcome::Refused; // a negative side (a top-down BMP) counts by its length
+    const QSize stored(std::abs(declared.width()), std::abs(declared.height()));
+    if (maxSide > 0 && declared != QSize(-1, -1) &&
+        (stored.width() > maxSide || stored.height() > maxSide)) {
+        if (format == "jpeg") {
+            QImage small = embeddedThumbnail(path, reader, stored, maxSide);
+            if (!small.isNull()) {
+                out.image = normalised(std::move(small));
+                out.ok = true;
+                return Outcome::Done;
+            }
+        }
+        // The size asked is in the file's own orientation, before the reader turns it.
+        reader.setScaledSize(stored.scaled(maxSide, maxSide, Qt::KeepAspectRatio));
+    }
     QImage image;
     if (!reader.read(&image) || image.isNull())
         return Outcome::Failed;
     if (!withinLimits(image.width(), image.height()))
         return Outcome::Refused; // a reader that gave more than its header said
+    if (maxSide > 0) {
+        out.image = normalised(fittedWithin(std::move(image), maxSide));
+        out.ok = true;
+        return Outcome::Done;
+    }
     bool known = false;
     const std::optional<Dpi> dpi = headerDpi(path, format, &known);
     if (known) {
@@ -218,6 +290,31 @@ DecodedImage decode(const QString& path) {
     if (looksLikePdf(path))
         return pdfDecode(path);
     return magickDecode(path);
+}
+
+DecodedImage decodeScaled(const QString& path, int maxSide) {
+    if (maxSide <= 0)
+        return decode(path);
+    if (!isRegularFile(path))
+        return DecodedImage{};
+    DecodedImage result;
+    switch (qtDecode(path, result, maxSide)) {
+    case Outcome::Done:
+        return result;
+    case Outcome::Refused:
+        return DecodedImage{};
+    case Outcome::NotMine:
+    case Outcome::Failed:
+        break;
+    }
+    if (looksLikePdf(path))
+        return pdfDecodeScaled(path, maxSide);
+    result = magickDecode(path);
+    if (result.ok) {
+        result.image = normalised(fittedWithin(std::move(result.image), maxSide));
+        result.pointSize = QSizeF();
+    }
+    return result;
 }
 
 QSizeF measure(const QString& path) {

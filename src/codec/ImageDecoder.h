@@ -24,6 +24,12 @@ QStringList readableSuffixes();
 // Decodes the whole file, EXIF orientation applied.
 DecodedImage decode(const QString& path);
 
+// The picture fitted within maxSide x maxSide pixels (never enlarged), for thumbnails: decoded
+// at that size where the format allows (JPEG by DCT scaling or from the EXIF thumbnail when that
+// is large enough, SVG and PDF drawn at that size), else decoded whole and scaled down. Same
+// limits and orientation as decode(); pointSize is left empty.
+DecodedImage decodeScaled(const QString& path, int maxSide);
+
 // The size in points without decoding the pixels where the format allows; an empty size when
 // the file cannot be read.
 QSizeF measure(const QString& path);

@@ -153,7 +153,11 @@ bool looksLikePdf(const QString& path) {
     return file.read(1024).contains("%PDF-");
 }
 
-DecodedImage pdfDecode(const QString& path) {
+namespace {
+
+// The first page drawn at the resolution `dpiFor` picks for its size in points, within the
+// time budget of its pixel count.
+template <class DpiFor> DecodedImage renderFirstPage(const QString& path, DpiFor dpiFor) {
     DecodedImage result;
     if (!repairAffordable(path) || claimsGiantImage(path))
         return result;
@@ -167,7 +171,7 @@ DecodedImage pdfDecode(const QString& path) {
     document->setRenderHint(Poppler::Document::Antialiasing);
     document->setRenderHint(Poppler::Document::TextAntialiasing);
     document->setPaperColor(Qt::white);
-    const double dpi = renderDpiFor(points);
+    const double dpi = dpiFor(points);
     const double pixels = points.width() * points.height() * (dpi / 72.0) * (dpi / 72.0);
     const auto deadline = std::chrono::steady_clock::now() + renderBudget(pixels);
     QImage pageImage = page->renderToImage(
@@ -182,6 +186,20 @@ DecodedImage pdfDecode(const QString& path) {
     result.pointSize = points;
     result.ok = !result.image.isNull();
     return result;
+}
+
+} // namespace
+
+DecodedImage pdfDecode(const QString& path) {
+    return renderFirstPage(path, renderDpiFor);
+}
+
+DecodedImage pdfDecodeScaled(const QString& path, int maxSide) {
+    return renderFirstPage(path, [maxSide](QSizeF points) {
+        // Never sharper than the whole-page render: a tiny page is not blown up to giant dpi.
+        const double fit = maxSide * 72.0 / std::max(points.width(), points.height());
+        return std::min(fit, renderDpiFor(points));
+    });
 }
 
 QSizeF pdfMeasure(const QString& path) {

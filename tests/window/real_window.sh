@@ -4,6 +4,8 @@
 # view and from inside each text field, hands a file over from a second launch, quits, and
 # checks the files and the preferences the run left behind. Screenshots of the window are kept
 # as real_window*.png in the given folder for a person to look at.
+# A second run, with the fill-list box on, fills the "Image List" tab for a folder of squares,
+# checks that they show in the screenshot (real_window_list.png) and opens one with a click.
 set -euo pipefail
 app=${1:?path to the ormidon binary}
 shots=${2:-$PWD}
@@ -127,15 +129,56 @@ run_in_x() {
   wait "$pid" || fail "the program ended with status $?"
 }
 
+# The number of pixels of colour $2 in the picture $1.
+count_colour() {
+  convert "$1" -fill black +opaque "$2" -fill white -opaque "$2" -colorspace gray \
+    -format '%[fx:int(mean*w*h+0.5)]' info:
+}
+
+run_list_in_x() {
+  "$app" --no-splash "$squares/sq00.png" >"$work/app_list.log" 2>&1 &
+  pid=$!
+  win=$(wait_title "Ormidon: sq00.png") || fail "no window titled 'Ormidon: sq00.png'"
+  xdotool windowsize "$win" 900 700
+  sleep 0.5
+  # Into the picture (inside the tab view), then to the next tab with the keyboard.
+  xdotool mousemove --window "$win" 300 250 click 1
+  xdotool key ctrl+Tab
+  green=0
+  for _ in $(seq 50); do
+    import -window root "$shots/real_window_list.png"
+    green=$(count_colour "$shots/real_window_list.png" "$green_rgb")
+    [ "$green" -ge $((12 * 6400)) ] && break
+    sleep 0.2
+  done
+  [ "$green" -ge $((12 * 6400)) ] || fail "the Image List tab shows $green green pixels, not 12 cells"
+  # The green cells are the even squares, 80 x 80 each on a 90-point pitch: the first one's
+  # corner is the corner of the green area; the second green one (sq02) lies 180 to its right.
+  corner=$(convert "$shots/real_window_list.png" -fill black +opaque "$green_rgb" -trim \
+    -format '%X %Y' info:)
+  read -r gx gy <<<"${corner//+/}"
+  xdotool mousemove "$((gx + 180 + 40))" "$((gy + 40))" click 1
+  wait_title "Ormidon: sq02.png" >/dev/null || fail "a click on the third cell did not open sq02.png"
+  sleep 0.3
+  xdotool key ctrl+q
+  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
+  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit the list run"
+  wait "$pid" || fail "the list run ended with status $?"
+}
+
 if [ "$inside" = inside ]; then
   run_in_x
+  exit 0
+fi
+if [ "$inside" = list ]; then
+  run_list_in_x
   exit 0
 fi
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures large=$work/large
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
+export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run
 mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" "$large" && chmod 700 "$XDG_RUNTIME_DIR"
 unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
 convert -size 640x480 gradient:red-blue "$pictures/a.png"
@@ -153,4 +196,17 @@ pref=$HOME/Library/Preferences/zel.pref
 grep -q "next.png" "$pref" || fail "the picture shown last is not the saved source: $(cat "$pref")"
 identify -format '%w %h\n' "$HOME/Desktop/b.TIFF" | grep -q '^480 640$' \
   || fail "b.TIFF is not 480 x 640"
+
+# The image list: 24 squares, the even ones green, the odd ones orange, with the box on.
+export squares=$work/squares green_rgb="rgb(20,180,60)"
+mkdir -p "$squares"
+for i in $(seq 0 23); do
+  colour=$([ $((i % 2)) = 0 ] && echo "$green_rgb" || echo "rgb(240,140,20)")
+  convert -size 200x200 "xc:$colour" "$squares/$(printf 'sq%02d' "$i").png"
+done
+sed -i -E 's/(fillList *= *)[^;]*;/\11;/' "$pref"
+grep -q 'fillList = 1;' "$pref" || fail "could not turn the fill-list box on: $(cat "$pref")"
+xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$app" "$shots" list || {
+  echo "--- program output"; cat "$work/app_list.log"; exit 1; }
+ls "$HOME/.cache/thumbnails/normal" | grep -q '\.png$' || fail "no thumbnails in the shared cache"
 echo "1 passed, 0 failed"

@@ -33,17 +33,8 @@ RUNS="${RUNS:-1}"
 FORMATS="${FORMATS:-jpg png tif bmp gif}"
 TRANSFORM="${TRANSFORM:-1}"
 
-need=()
-for p in gnome-backgrounds mate-backgrounds plasma-workspace-wallpapers graphicsmagick \
-    libvips-tools libjpeg-turbo-progs imagemagick time; do
-    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || need+=("$p")
-done
-if [ "${#need[@]}" -gt 0 ]; then
-    SUDO=""
-    [ "$(id -u)" -eq 0 ] || SUDO=sudo
-    $SUDO apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${need[@]}" >/dev/null
-fi
+source "$ROOT/bench/lib.sh"
+install_missing gnome-backgrounds mate-backgrounds plasma-workspace-wallpapers graphicsmagick libvips-tools libjpeg-turbo-progs imagemagick time
 IM=/usr/bin/mogrify-im6.q16
 
 cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORMIDON_BENCH=ON >/dev/null

@@ -11,16 +11,8 @@ ROOT="$(cd "$(dirname "$0")/.." && pwd)"
 BUILD="${BUILD:-$ROOT/build-bench-flow}"
 SIDE="${1:-16000}"
 
-need=()
-command -v gm >/dev/null || need+=(graphicsmagick)
-[ -x /usr/bin/convert-im6.q16 ] || need+=(imagemagick)
-[ -x /usr/bin/time ] || need+=(time)
-if [ "${#need[@]}" -gt 0 ]; then
-    SUDO=""
-    [ "$(id -u)" -eq 0 ] || SUDO=sudo
-    $SUDO apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${need[@]}" >/dev/null
-fi
+source "$ROOT/bench/lib.sh"
+install_missing graphicsmagick imagemagick time
 # The real ImageMagick, whatever else answers to "convert" on this machine.
 IM=/usr/bin/convert-im6.q16
 

@@ -16,17 +16,8 @@ COUNT="${1:-1000}"
 RUNS="${RUNS:-3}"
 ONLY="${ONLY:-jpe?g|png|webp}"
 
-need=()
-[ -d /usr/share/backgrounds/gnome ] || need+=(gnome-backgrounds)
-[ -d /usr/share/backgrounds/mate ] || need+=(mate-backgrounds)
-[ -d /usr/share/wallpapers/Next ] || need+=(plasma-workspace-wallpapers)
-command -v vipsthumbnail >/dev/null || need+=(libvips-tools)
-if [ "${#need[@]}" -gt 0 ]; then
-    SUDO=""
-    [ "$(id -u)" -eq 0 ] || SUDO=sudo
-    $SUDO apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${need[@]}" >/dev/null
-fi
+source "$ROOT/bench/lib.sh"
+install_missing gnome-backgrounds mate-backgrounds plasma-workspace-wallpapers libvips-tools
 
 cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORMIDON_BENCH=ON >/dev/null
 cmake --build "$BUILD" --target bench_image_list >/dev/null

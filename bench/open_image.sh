@@ -6,14 +6,8 @@ set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 build="$root/build-bench-load"
 
-need=""
-dpkg -s libturbojpeg0-dev >/dev/null 2>&1 || need="$need libturbojpeg0-dev"
-command -v convert >/dev/null 2>&1 || need="$need imagemagick"
-if [ -n "$need" ]; then
-    sudo=""
-    [ "$(id -u)" -eq 0 ] || sudo=sudo
-    $sudo apt-get install -y $need
-fi
+source "$root/bench/lib.sh"
+install_missing libturbojpeg0-dev imagemagick
 
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORMIDON_BENCH=ON >/dev/null
 cmake --build "$build" --target bench_open_image

@@ -1,4 +1,4 @@
-#!/bin/sh
+#!/usr/bin/env bash
 # Opening images: Ormidon's decoder against a bare libjpeg-turbo decode of a 24-megapixel JPEG,
 # and the peak memory of decoding a 100-megapixel JPEG. Builds bench_open_image in
 # build-bench-load, makes the pictures in a temporary folder and prints the table.

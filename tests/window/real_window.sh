@@ -11,16 +11,7 @@ app=${1:?path to the ormidon binary}
 shots=${2:-$PWD}
 inside=${3:-}
 
-fail() { echo "FAIL: $*"; exit 1; }
-
-wait_title() { # prints the id of a window whose title is exactly $1, once there is one
-  for _ in $(seq "${2:-100}"); do # tenths of a second
-    id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n1 || true)
-    [ -n "$id" ] && { echo "$id"; return 0; }
-    sleep 0.1
-  done
-  return 1
-}
+source "$(dirname "$0")/x_helpers.sh"
 
 wait_file() { # waits up to 10 s for a non-empty file
   for _ in $(seq 100); do [ -s "$1" ] && return 0; sleep 0.1; done

@@ -1,0 +1,12 @@
+# Shared by the real-window tests: sourced, not run.
+
+fail() { echo "FAIL: $*"; exit 1; }
+
+wait_title() { # prints the id of a window whose title is exactly $1, once there is one
+  for _ in $(seq "${2:-100}"); do # tenths of a second
+    id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n1 || true)
+    [ -n "$id" ] && { echo "$id"; return 0; }
+    sleep 0.1
+  done
+  return 1
+}

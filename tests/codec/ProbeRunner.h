@@ -22,7 +22,7 @@ struct ProbeResult {
 
 struct ProbeLimits {
     int jobs = 2;
-    int seconds = 30; // for any one step of a probe: longer is taken for a hang
+    int seconds = 60; // for any one step of a probe: longer is taken for a hang
     int memoryMB = 4096;
 };
 

@@ -6,7 +6,8 @@
 // Knobs for a developer chasing one case (environment variables):
 //   ORMIDON_CORPUS_ONLY     a regular expression; only the files whose names match are run
 //   ORMIDON_CORPUS_JOBS     children at a time (2)
-//   ORMIDON_CORPUS_SECONDS  time limit of one file (30)
+//   ORMIDON_CORPUS_SECONDS  time limit of one step of a file (60): a 16000 x 16000 picture
+//                           quantised to GIF takes over 20 s on a quiet machine
 //   ORMIDON_CORPUS_KEEP     a folder to make the corpus in and leave behind
 
 #include "ProbeRunner.h"
@@ -99,7 +100,7 @@ private slots:
         }
         ProbeLimits limits;
         limits.jobs = knob("ORMIDON_CORPUS_JOBS", 2);
-        limits.seconds = knob("ORMIDON_CORPUS_SECONDS", 30);
+        limits.seconds = knob("ORMIDON_CORPUS_SECONDS", 60);
         limits.memoryMB = 4096;
         const QString scratch = temporary.path() + "/scratch";
         QDir().mkpath(scratch);

@@ -5,17 +5,18 @@
 // change, paste the new line into resources/org.ormidon.Ormidon.desktop.
 #include "codec/ImageDecoder.h"
 
+#include <algorithm>
+
 #include <QCoreApplication>
 #include <QMimeDatabase>
 #include <QSet>
 #include <QTextStream>
 
-// Types a file manager offers for many files that are not pictures; listing them would put
-// Ormidon in the "Open With" menu of every text file or archive.
-static bool tooGeneral(const QString& name) {
-    return name.startsWith(QLatin1String("text/")) || name == QLatin1String("application/zip")
-        || name == QLatin1String("application/xml") || name == QLatin1String("application/gzip")
-        || name == QLatin1String("application/octet-stream");
+// Only types that are pictures (an image/ name or alias; PDF has image/pdf) are listed: a suffix
+// the decoders read may also name a sound or a document for the MIME database (.mpc, .pdb).
+static bool isPicture(const QMimeType& type) {
+    const auto image = [](const QString& name) { return name.startsWith(QLatin1String("image/")); };
+    return image(type.name()) || std::ranges::any_of(type.aliases(), image);
 }
 
 int main(int argc, char** argv) {
@@ -24,11 +25,10 @@ int main(int argc, char** argv) {
     QSet<QString> names;
     for (const QString& suffix : ImageDecoder::readableSuffixes()) {
         for (const QMimeType& type : database.mimeTypesForFileName(QStringLiteral("x.") + suffix)) {
-            if (type.isDefault())
+            if (!isPicture(type))
                 continue;
             for (const QString& name : QStringList(type.name()) + type.aliases())
-                if (!tooGeneral(name))
-                    names.insert(name);
+                names.insert(name);
         }
     }
     QStringList sorted(names.begin(), names.end());

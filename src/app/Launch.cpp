@@ -45,7 +45,7 @@ int runApplication(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName("Ormidon");
     QApplication::setApplicationVersion(ORMIDON_VERSION);
-    QApplication::setDesktopFileName("ormidon");
+    QApplication::setDesktopFileName("org.ormidon.Ormidon"); // the desktop entry, Wayland app_id
     QApplication::setWindowIcon(QIcon(":/ormidon.svg"));
 
     QCommandLineParser parser;

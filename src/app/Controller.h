@@ -218,6 +218,6 @@ private:
     QThread* batchThread = nullptr;
     QThreadPool* imageWalkPool = nullptr;   // the image list's walk: one at a time
     GuiInboxBase* imageWalkInbox = nullptr; // the names it finds, on their way to this thread
-    void updateImageProgress();           // spins while the list fills
+    void updateImageProgress();             // spins while the list fills
     QStringList batchFailures; // GUI thread: outputs of the running batch that were not written
 };

@@ -67,8 +67,8 @@ int runApplication(int argc, char** argv) {
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
     const bool parsed = parser.parse(arguments);
-    const bool commandLineRun = parsed && (parser.isSet(conversion.convert) ||
-                                           parser.isSet(conversion.listFormats));
+    const bool commandLineRun =
+        parsed && (parser.isSet(conversion.convert) || parser.isSet(conversion.listFormats));
     QString mistake = parsed ? QString() : parser.errorText();
     if (parsed && !commandLineRun) {
         for (const QCommandLineOption* convertOnly :

@@ -23,8 +23,9 @@ long formatForTypedCode(const QString& typed) {
     if (exact >= 0)
         return exact;
     for (int i = 0; i < kFormatCount; ++i)
-        if (QString::fromLatin1(gformats_ns[i]).trimmed().compare(typed.trimmed(),
-                                                                  Qt::CaseInsensitive) == 0)
+        if (QString::fromLatin1(gformats_ns[i])
+                .trimmed()
+                .compare(typed.trimmed(), Qt::CaseInsensitive) == 0)
             return i;
     return -1;
 }
@@ -91,7 +92,8 @@ int runCommandLine(const QCommandLineParser& parser, const CommandLineOptions& o
     const QString code = parser.value(options.convert);
     request.format = formatForTypedCode(code);
     if (request.format < 0)
-        return usageError(QStringLiteral("unknown format code \"%1\" (see --list-formats)").arg(code));
+        return usageError(
+            QStringLiteral("unknown format code \"%1\" (see --list-formats)").arg(code));
     if (!formatIsWritable(int(request.format)))
         return usageError(
             QStringLiteral("\"%1\" cannot be written here (see --list-formats)").arg(code));
@@ -112,8 +114,8 @@ int runCommandLine(const QCommandLineParser& parser, const CommandLineOptions& o
         return usageError(QStringLiteral("--overwrite and --skip exclude each other"));
     request.overwrite = parser.isSet(options.overwrite);
 
-    const QString dest = parser.isSet(options.dest) ? parser.value(options.dest)
-                                                    : QDir::currentPath();
+    const QString dest =
+        parser.isSet(options.dest) ? parser.value(options.dest) : QDir::currentPath();
     if (dest.isEmpty() || !QDir().mkpath(dest) || !QFileInfo(dest).isDir())
         return usageError(QStringLiteral("cannot use %1 as the destination folder").arg(dest));
     request.destFolder = QFileInfo(dest).absoluteFilePath();

@@ -17,14 +17,12 @@ enum CommandLineExit : int {
 
 // The options of the command-line run, added to the program's parser.
 struct CommandLineOptions {
-    QCommandLineOption convert{"convert",
-                               QCoreApplication::translate("CommandLine",
-                                                           "Convert PATHs to the format CODE."),
-                               "CODE"};
-    QCommandLineOption dpi{"dpi",
-                           QCoreApplication::translate("CommandLine",
-                                                       "Resolution of the output (default 72)."),
-                           "N"};
+    QCommandLineOption convert{
+        "convert", QCoreApplication::translate("CommandLine", "Convert PATHs to the format CODE."),
+        "CODE"};
+    QCommandLineOption dpi{
+        "dpi", QCoreApplication::translate("CommandLine", "Resolution of the output (default 72)."),
+        "N"};
     QCommandLineOption angle{
         "angle", QCoreApplication::translate("CommandLine", "Turn the picture by N degrees."), "N"};
     QCommandLineOption dest{
@@ -35,8 +33,7 @@ struct CommandLineOptions {
     QCommandLineOption overwrite{
         "overwrite", QCoreApplication::translate("CommandLine", "Replace existing outputs.")};
     QCommandLineOption skip{
-        "skip",
-        QCoreApplication::translate("CommandLine", "Keep existing outputs (the default).")};
+        "skip", QCoreApplication::translate("CommandLine", "Keep existing outputs (the default).")};
     QCommandLineOption listFormats{
         "list-formats",
         QCoreApplication::translate("CommandLine", "List the formats read and written.")};

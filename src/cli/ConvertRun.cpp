@@ -124,8 +124,9 @@ int runConversion(const ConvertRequest& request) {
         // The batch runs beside the event loop, which serves what it asks of this thread.
         thread_exit = false;
         const long format = request.format;
-        QThread* batch = QThread::create(
-            [&controller, &files, format] { controller.convertFiles(files, [format] { return format; }); });
+        QThread* batch = QThread::create([&controller, &files, format] {
+            controller.convertFiles(files, [format] { return format; });
+        });
         QObject::connect(batch, &QThread::finished, QCoreApplication::instance(),
                          &QCoreApplication::quit, Qt::QueuedConnection);
         batch->start();
@@ -138,9 +139,9 @@ int runConversion(const ConvertRequest& request) {
     const int failedInBatch = progress.failures - listing.failures;
     const int written = int(files.size()) - failedInBatch - progress.keptCount;
     const double seconds = double(clock.elapsed()) / 1000.0;
-    std::printf("%d of %d file(s) written as \"%s\" in %.2f s (%.1f files/s)",
-                written, int(files.size()) + listing.failures, gformats_ns[request.format],
-                seconds, seconds > 0 ? written / seconds : 0.0);
+    std::printf("%d of %d file(s) written as \"%s\" in %.2f s (%.1f files/s)", written,
+                int(files.size()) + listing.failures, gformats_ns[request.format], seconds,
+                seconds > 0 ? written / seconds : 0.0);
     if (progress.keptCount > 0)
         std::printf(", %d kept (already there)", progress.keptCount);
     if (progress.failures > 0)

@@ -134,10 +134,10 @@ ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds, BatchL
         std::tie(job.dpi, job.degrees) = std::pair(c.unattended->dpi, c.unattended->degrees);
     else
         std::tie(job.dpi, job.degrees) = onGuiThread([&c] {
-        const float resolution =
-            c.itsDpiCombo ? leadingFloatValue(c.itsDpiCombo->currentText()) : 72.0f;
-        return std::pair<float, int>(resolution, c.getRotation());
-    });
+            const float resolution =
+                c.itsDpiCombo ? leadingFloatValue(c.itsDpiCombo->currentText()) : 72.0f;
+            return std::pair<float, int>(resolution, c.getRotation());
+        });
     SourceRead read = batchLanes ? batchLanes->take(src, lane) : readSource(c, src);
     job.decoded = std::move(read.decoded);
     bounds = job.decoded.ok ? read.bounds : QRectF(0, 0, 0, 0);

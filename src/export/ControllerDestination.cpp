@@ -79,9 +79,9 @@ QString Controller::findDestination(const QString& source, int format, int /*ind
             src = itsWmfView->wmfPath();
 
         const QString name = outputFileName(src, format);
-        const QString folder = unattended ? unattended->destFolder
-                               : itsDstFileName  ? itsDstFileName->text()
-                                                 : QString();
+        const QString folder = unattended       ? unattended->destFolder
+                               : itsDstFileName ? itsDstFileName->text()
+                                                : QString();
         const QString path = appendComponent(folder, name);
 
         const QFileInfo existing(path);

@@ -123,22 +123,22 @@ private slots:
 
     void resolutionAndAngleChangeTheSize() {
         QTemporaryDir out;
-        const Run r = run({"--convert", "PNGf", "--dpi", "144", "--dest", out.path(),
-                           source("a.png")});
+        const Run r =
+            run({"--convert", "PNGf", "--dpi", "144", "--dest", out.path(), source("a.png")});
         QCOMPARE(r.exitCode, 0);
         QCOMPARE(QImage(out.filePath("a.PNGf")).size(), QSize(80, 40));
 
         QTemporaryDir turned;
-        const Run t = run({"--convert", "PNGf", "--angle", "90", "--dest", turned.path(),
-                           source("a.png")});
+        const Run t =
+            run({"--convert", "PNGf", "--angle", "90", "--dest", turned.path(), source("a.png")});
         QCOMPARE(t.exitCode, 0);
         const QImage image(turned.filePath("a.PNGf"));
         QCOMPARE(image.size(), QSize(20, 40));
 
         // Any angle: the picture's box is the turned rectangle's bounds, as in the window.
         QTemporaryDir slanted;
-        const Run s = run({"--convert", "PNGf", "--angle", "30", "--dest", slanted.path(),
-                           source("a.png")});
+        const Run s =
+            run({"--convert", "PNGf", "--angle", "30", "--dest", slanted.path(), source("a.png")});
         QCOMPARE(s.exitCode, 0);
         const QRectF box = rotatedRectBounds(QRectF(0, 0, 40, 20), 30.0f);
         const QSize size = QImage(slanted.filePath("a.PNGf")).size();
@@ -167,8 +167,8 @@ private slots:
             QFile::remove(out.filePath("c.PNGf"));
         }
 
-        const Run r = run({"--convert", "PNGf", "--overwrite", "--dest", out.path(),
-                           source("a.png")});
+        const Run r =
+            run({"--convert", "PNGf", "--overwrite", "--dest", out.path(), source("a.png")});
         QCOMPARE(r.exitCode, 0);
         QCOMPARE(QImage(out.filePath("a.PNGf")).size(), QSize(40, 20));
         // Nothing set aside is left behind.
@@ -198,8 +198,9 @@ private slots:
         QVERIFY2(r.err.contains("missing.png"), qPrintable(r.err));
         QVERIFY2(r.err.contains("broken"), qPrintable(r.err));
         // One line of the program's own per failed file (a library may add its own complaint).
-        QVERIFY2(r.err.count(QRegularExpression("^ormidon: ", QRegularExpression::MultilineOption)) == 3,
-                 qPrintable(r.err));
+        QVERIFY2(
+            r.err.count(QRegularExpression("^ormidon: ", QRegularExpression::MultilineOption)) == 3,
+            qPrintable(r.err));
         QCOMPARE(QImage(out.filePath("a.JPEG")).size(), QSize(40, 20));
         QCOMPARE(QImage(out.filePath("b.JPEG")).size(), QSize(60, 30));
         QVERIFY(!QFile::exists(out.filePath("notes.JPEG")));
@@ -230,7 +231,8 @@ private slots:
         const Run r = run({"--list-formats"});
         QCOMPARE(r.exitCode, 0);
         // Every one of the nineteen output codes, one a line.
-        QCOMPARE(r.out.count(QRegularExpression("^  \"....\"  \\.", QRegularExpression::MultilineOption)),
+        QCOMPARE(r.out.count(
+                     QRegularExpression("^  \"....\"  \\.", QRegularExpression::MultilineOption)),
                  19);
         QVERIFY(r.out.contains("Reads:"));
         QVERIFY(r.out.contains(" png"));

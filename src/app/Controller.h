@@ -12,7 +12,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 
 #include "app/TPref.h"
 #include "thumbs/ScrollNSImageView.h" // the outlet itsImageListView is used through QPointer
@@ -149,6 +151,12 @@ public:
     static void convertAllThread(Controller* controller);
     void convertAllThread();
     void saveImage(const QString& source, long format);
+    // The batch itself, on the calling thread: every file of `files` in order, in the format
+    // `formatNow` gives as each starts, read ahead and written on the batch's lanes. Returns
+    // once every file started is written; `thread_exit` stops it between files.
+    void convertFiles(const QStringList& files, const std::function<long()>& formatNow);
+    // The images of the folder that holds `anyPath`, in folder order.
+    QStringList folderImages(const QString& anyPath) const;
     bool isBatchRunning() const;
     void waitForBatch();    // lets a running batch finish its file and stop (shutdown)
     void showOutOfMemory(); // the renderer's "Out of memory" alert, for a writer that ran out
@@ -183,6 +191,17 @@ public:
     void visitAd(QObject* sender);
     void visitSiteSupport(QObject* sender);
 
+    // A conversion run without a window (the command line): the resolution, angle and
+    // destination folder it uses instead of the controls, and the standing answer to the
+    // overwrite question. Nothing is asked and no alert is shown while it is set.
+    struct UnattendedConversion {
+        float dpi = 72.0f;
+        int degrees = 0;
+        QString destFolder;
+        bool overwrite = false;
+    };
+    std::optional<UnattendedConversion> unattended;
+
     // Off by default; the test switch --no-splash and the test suites turn it on.
     bool skipSplash = false;
 
@@ -190,6 +209,8 @@ signals:
     // From the batch thread, at the start of each file, after the progress bar shows its
     // number and before it is converted.
     void batchFileStarted(const QString& path, int position);
+    // From the batch thread: the output of `source` already existed and was kept.
+    void conversionSkipped(const QString& source, const QString& destPath);
     // From the thread that wrote (or failed to write) `destPath`: nothing new is there.
     void conversionFailed(const QString& destPath, const QString& reason);
 
@@ -197,6 +218,6 @@ private:
     QThread* batchThread = nullptr;
     QThreadPool* imageWalkPool = nullptr;   // the image list's walk: one at a time
     GuiInboxBase* imageWalkInbox = nullptr; // the names it finds, on their way to this thread
-    void updateImageProgress();           // spins while the list fills
+    void updateImageProgress();             // spins while the list fills
     QStringList batchFailures; // GUI thread: outputs of the running batch that were not written
 };

@@ -2,6 +2,7 @@
 
 #include "app/Controller.h"
 #include "app/SingleInstance.h"
+#include "cli/CommandLine.h"
 #include "codec/MagickSupport.h"
 
 #include <QApplication>
@@ -9,6 +10,8 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QMainWindow>
+
+#include <cstdio>
 
 namespace {
 
@@ -42,24 +45,61 @@ void openHandedOverFiles(Controller& controller, const QStringList& paths) {
 
 int runApplication(int argc, char** argv) {
     Q_INIT_RESOURCE(resources); // the resources live in the static core library
-    QApplication app(argc, argv);
-    QApplication::setApplicationName("Ormidon");
-    QApplication::setApplicationVersion(ORMIDON_VERSION);
-    QApplication::setDesktopFileName("org.ormidon.Ormidon"); // the desktop entry, Wayland app_id
-    QApplication::setWindowIcon(QIcon(":/ormidon.svg"));
-
+    // The arguments are read before the application exists: a conversion from the command
+    // line, the help, the version and a wrong argument need no display and open no window.
     QCommandLineParser parser;
-    parser.setApplicationDescription(QApplication::tr("Image viewer and converter"));
-    parser.addHelpOption();
-    parser.addVersionOption();
+    parser.setApplicationDescription(QApplication::tr("Image viewer and converter") +
+                                     QLatin1Char('\n') + commandLineExitHelp());
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    const CommandLineOptions conversion;
+    conversion.addTo(parser);
     const QCommandLineOption noSplash("no-splash",
                                       QApplication::tr("Start without the about splash."));
     const QCommandLineOption newInstance(
         "new-instance", QApplication::tr("Start a new window even when Ormidon is running."));
     parser.addOption(noSplash);
     parser.addOption(newInstance);
-    parser.addPositionalArgument("files", QApplication::tr("Image files to open."), "[files...]");
-    parser.process(app);
+    parser.addPositionalArgument(
+        "files", QApplication::tr("Image files to open; with --convert, files and folders."),
+        "[files...]");
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const bool parsed = parser.parse(arguments);
+    const bool commandLineRun =
+        parsed && (parser.isSet(conversion.convert) || parser.isSet(conversion.listFormats));
+    QString mistake = parsed ? QString() : parser.errorText();
+    if (parsed && !commandLineRun) {
+        for (const QCommandLineOption* convertOnly :
+             {&conversion.dpi, &conversion.angle, &conversion.dest, &conversion.overwrite,
+              &conversion.skip})
+            if (parser.isSet(*convertOnly))
+                mistake = QStringLiteral("--%1 goes with --convert")
+                              .arg(convertOnly->names().constFirst());
+    }
+    if (commandLineRun || !mistake.isEmpty() || parser.isSet(help) || parser.isSet(version))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName("Ormidon");
+    QApplication::setApplicationVersion(ORMIDON_VERSION);
+    QApplication::setDesktopFileName("org.ormidon.Ormidon"); // the desktop entry, Wayland app_id
+    QApplication::setWindowIcon(QIcon(":/ormidon.svg"));
+
+    if (!mistake.isEmpty()) {
+        std::fprintf(stderr, "ormidon: %s\nTry 'ormidon --help' for more information.\n",
+                     qPrintable(mistake));
+        return kExitUsage;
+    }
+    if (parser.isSet(help))
+        parser.showHelp(0);
+    if (parser.isSet(version))
+        parser.showVersion();
+    if (commandLineRun) {
+        ensureMagickInitialised();
+        return runCommandLine(parser, conversion);
+    }
     const QStringList files = absolutePaths(parser.positionalArguments());
 
     SingleInstance instance(SingleInstance::defaultServerName());

@@ -130,11 +130,14 @@ ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds, BatchL
     ConversionJob job;
     job.source = src;
     job.inBatch = batchLanes != nullptr;
-    std::tie(job.dpi, job.degrees) = onGuiThread([&c] {
-        const float resolution =
-            c.itsDpiCombo ? leadingFloatValue(c.itsDpiCombo->currentText()) : 72.0f;
-        return std::pair<float, int>(resolution, c.getRotation());
-    });
+    if (c.unattended)
+        std::tie(job.dpi, job.degrees) = std::pair(c.unattended->dpi, c.unattended->degrees);
+    else
+        std::tie(job.dpi, job.degrees) = onGuiThread([&c] {
+            const float resolution =
+                c.itsDpiCombo ? leadingFloatValue(c.itsDpiCombo->currentText()) : 72.0f;
+            return std::pair<float, int>(resolution, c.getRotation());
+        });
     SourceRead read = batchLanes ? batchLanes->take(src, lane) : readSource(c, src);
     job.decoded = std::move(read.decoded);
     bounds = job.decoded.ok ? read.bounds : QRectF(0, 0, 0, 0);
@@ -176,8 +179,10 @@ void Controller::saveImage(const QString& source, long format) {
     if (batchLanes)
         batchLanes->finishWritesNamed(outputFileName(src, int(format)));
     const QString dest = findDestination(source, int(format), 0);
-    if (dest.isEmpty())
+    if (dest.isEmpty()) {
+        emit conversionSkipped(src, outputFileName(src, int(format)));
         return; // Skip: the old file stays and nothing is drawn for it
+    }
     if (!IsImageFile(src)) {
         SafeReplace::settle(dest); // a replaced file comes back; nothing was written
         return;
@@ -292,28 +297,14 @@ void Controller::convertAllThread(Controller* controller) {
 }
 
 void Controller::convertAllThread() {
-    // A batch makes and frees pictures of tens of megabytes by the dozen, on several threads.
-    // glibc would serve those below its sliding mmap threshold (up to 32 MB) from per-thread
-    // heaps that keep them after they are freed; with the threshold fixed at 1 MB every picture
-    // is mapped on its own and goes back to the system when freed.
-    static std::once_flag mapLargeBlocks;
-    std::call_once(mapLargeBlocks, [] { mallopt(M_MMAP_THRESHOLD, 1 << 20); });
-
     QString current =
         onGuiThread([this] { return itsSrcFileName ? itsSrcFileName->text() : QString(); });
 
     // The images of the folder as it is now, in folder order: outputs written into the same
     // folder during the batch are never among them.
-    QStringList files;
-    if (findFirstWMF(current)) {
-        files.append(current);
-        while (findWMF(kStepNext, current))
-            files.append(current);
-    }
+    const QStringList files = folderImages(current);
 
     if (!files.isEmpty()) {
-        BatchLanes lanes(files, [this](const QString& path) { return readSource(*this, path); });
-        batchLanes = &lanes;
         const int count = int(files.size());
         onGuiThread([this, count] {
             batchFailures.clear();
@@ -323,25 +314,12 @@ void Controller::convertAllThread() {
             itsConvertIndicator->setValue(0);
             itsConvertIndicator->setVisible(true);
         });
-
-        for (int pos = 1; pos <= count && !thread_exit; ++pos) {
-            onGuiThread([this, pos] {
-                if (!itsConvertIndicator)
-                    return;
-                itsConvertIndicator->setValue(pos);
-                itsConvertIndicator->repaint();
-            });
-            emit batchFileStarted(files.at(pos - 1), pos);
-
+        convertFiles(files, [this] {
             // Read now: a change of format during the batch applies from this file on.
-            const long format = onGuiThread([this] {
+            return onGuiThread([this] {
                 return itsFormatCombo ? getRealExportIndex(itsFormatCombo->currentText()) : -1L;
             });
-            saveImage(files.at(pos - 1), format);
-        }
-        // Every file started is written before the controls come back; none further starts.
-        lanes.drain();
-        batchLanes = nullptr;
+        });
 
         onGuiThread([this] {
             if (!itsConvertIndicator)
@@ -370,6 +348,43 @@ void Controller::convertAllThread() {
                 tr("Convert All: %n file(s) not written. %1", nullptr, int(batchFailures.size()))
                     .arg(batchFailures.join(QStringLiteral("; "))));
     });
+}
+
+QStringList Controller::folderImages(const QString& anyPath) const {
+    QStringList files;
+    QString current = anyPath;
+    if (findFirstWMF(current)) {
+        files.append(current);
+        while (findWMF(kStepNext, current))
+            files.append(current);
+    }
+    return files;
+}
+
+void Controller::convertFiles(const QStringList& files, const std::function<long()>& formatNow) {
+    // A batch makes and frees pictures of tens of megabytes by the dozen, on several threads.
+    // glibc would serve those below its sliding mmap threshold (up to 32 MB) from per-thread
+    // heaps that keep them after they are freed; with the threshold fixed at 1 MB every picture
+    // is mapped on its own and goes back to the system when freed.
+    static std::once_flag mapLargeBlocks;
+    std::call_once(mapLargeBlocks, [] { mallopt(M_MMAP_THRESHOLD, 1 << 20); });
+
+    BatchLanes lanes(files, [this](const QString& path) { return readSource(*this, path); });
+    batchLanes = &lanes;
+    const int count = int(files.size());
+    for (int pos = 1; pos <= count && !thread_exit; ++pos) {
+        onGuiThread([this, pos] {
+            if (!itsConvertIndicator)
+                return;
+            itsConvertIndicator->setValue(pos);
+            itsConvertIndicator->repaint();
+        });
+        emit batchFileStarted(files.at(pos - 1), pos);
+        saveImage(files.at(pos - 1), formatNow());
+    }
+    // Every file started is written before the batch returns; none further starts.
+    lanes.drain();
+    batchLanes = nullptr;
 }
 
 bool Controller::isBatchRunning() const {

@@ -79,12 +79,16 @@ QString Controller::findDestination(const QString& source, int format, int /*ind
             src = itsWmfView->wmfPath();
 
         const QString name = outputFileName(src, format);
-        const QString folder = itsDstFileName ? itsDstFileName->text() : QString();
+        const QString folder = unattended       ? unattended->destFolder
+                               : itsDstFileName ? itsDstFileName->text()
+                                                : QString();
         const QString path = appendComponent(folder, name);
 
         const QFileInfo existing(path);
         if (existing.exists() || existing.isSymLink()) {
-            if (!askReplace(itsMainWindow, name))
+            const bool replace =
+                unattended ? unattended->overwrite : askReplace(itsMainWindow, name);
+            if (!replace)
                 return QString();
             // Replaced, not destroyed: what is there (a folder with its contents, a file, a
             // link) waits under a hidden name until the new file is complete, and comes back

@@ -61,6 +61,8 @@ DecodedImage sourcePicture(const QString& source) {
 }
 
 void showFailure(Controller& controller, const QString& title, const QString& message) {
+    if (controller.unattended)
+        return; // no one to show it to: the output's failure is reported when it is settled
     onGuiThread([&controller, &title, &message] {
         QMessageBox box(QMessageBox::Critical, title, message, QMessageBox::NoButton,
                         controller.itsMainWindow);

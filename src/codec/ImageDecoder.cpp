@@ -8,6 +8,7 @@
 #include <QTransform>
 #include <QSet>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <mutex>
@@ -275,10 +276,15 @@ static bool isRegularFile(const QString& path) {
 }
 
 DecodedImage decode(const QString& path) {
+    return decodeScaled(path, 0);
+}
+
+DecodedImage decodeScaled(const QString& path, int maxSide) {
     if (!isRegularFile(path))
         return DecodedImage{};
+    maxSide = std::max(maxSide, 0); // 0: the whole picture
     DecodedImage result;
-    switch (qtDecode(path, result)) {
+    switch (qtDecode(path, result, maxSide)) {
     case Outcome::Done:
         return result;
     case Outcome::Refused:
@@ -288,29 +294,9 @@ DecodedImage decode(const QString& path) {
         break; // a format Qt has no reader for, or one its reader could not finish: next link
     }
     if (looksLikePdf(path))
-        return pdfDecode(path);
-    return magickDecode(path);
-}
-
-DecodedImage decodeScaled(const QString& path, int maxSide) {
-    if (maxSide <= 0)
-        return decode(path);
-    if (!isRegularFile(path))
-        return DecodedImage{};
-    DecodedImage result;
-    switch (qtDecode(path, result, maxSide)) {
-    case Outcome::Done:
-        return result;
-    case Outcome::Refused:
-        return DecodedImage{};
-    case Outcome::NotMine:
-    case Outcome::Failed:
-        break;
-    }
-    if (looksLikePdf(path))
-        return pdfDecodeScaled(path, maxSide);
+        return maxSide > 0 ? pdfDecodeScaled(path, maxSide) : pdfDecode(path);
     result = magickDecode(path);
-    if (result.ok) {
+    if (result.ok && maxSide > 0) {
         result.image = normalised(fittedWithin(std::move(result.image), maxSide));
         result.pointSize = QSizeF();
     }

@@ -1,6 +1,7 @@
 #include "codec/HeaderReaders.h"
 
 #include "codec/DecodeLimits.h"
+#include "codec/FileStructures.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -10,11 +11,9 @@ namespace HeaderReaders {
 
 namespace {
 
-// A JPEG may carry any number of segments before its scan; a file with tens of thousands of
-// them is hostile, and the walk gives up rather than read them all.
+// A JPEG may carry any number of segments before its scan; cameras and editors write a few
+// dozen at most, and a file with more than a thousand is hostile: no walk reads them all.
 constexpr int kMaxJpegSegments = 1000;
-// Cameras and editors write a few dozen segments at most; a thousand is already absurd.
-constexpr int kJpegSegmentBudget = 1000;
 constexpr int kMaxPngChunks = 10000;
 
 std::optional<Dpi> inches(double x, double y) {
@@ -23,16 +22,6 @@ std::optional<Dpi> inches(double x, double y) {
 
 std::optional<Dpi> centimetres(double x, double y) {
     return Dpi{x * 2.54, y * 2.54};
-}
-
-// The resolution of the Exif APP1 segment's body: a TIFF structure whose offsets count from
-// the start of its own header, so the TIFF reader reads it as it is.
-std::optional<Dpi> exifDpi(const QByteArray& body) {
-    QByteArray tiff = body.mid(6); // after "Exif\0\0"
-    QBuffer buffer(&tiff);
-    if (!buffer.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    return tiffDpi(buffer);
 }
 
 } // namespace
@@ -62,58 +51,41 @@ std::optional<Dpi> pngDpi(QIODevice& file) {
 }
 
 std::optional<Dpi> jpegDpi(QIODevice& file) {
-    if (!file.seek(2))
-        return std::nullopt;
-    std::optional<Dpi> exif;
-    for (int segments = 0; segments < kMaxJpegSegments; ++segments) {
-        uchar marker[4];
-        if (file.read(reinterpret_cast<char*>(marker), 4) != 4 || marker[0] != 0xFF)
-            break;
-        if (marker[1] == 0xDA || marker[1] == 0xD9)
-            break;
-        const int length = qFromBigEndian<quint16>(marker + 2);
-        if (length < 2)
-            break;
-        const qint64 next = file.pos() + length - 2;
-        if (marker[1] == 0xE0 && length >= 16) {
+    std::optional<Dpi> jfif;
+    QByteArray exif;
+    FileStructures::walkJpegSegments(file, kMaxJpegSegments, [&](uint8_t kind, int length) {
+        if (kind == 0xE0 && length >= 14) {
             uchar app0[12];
-            if (file.read(reinterpret_cast<char*>(app0), 12) != 12)
-                break;
-            if (QByteArray(reinterpret_cast<const char*>(app0), 5) == QByteArray("JFIF", 5)) {
-                const int unit = app0[7];
-                const double x = qFromBigEndian<quint16>(app0 + 8),
-                             y = qFromBigEndian<quint16>(app0 + 10);
-                // A JFIF density with a unit is what the file says; unit 0 is an aspect ratio
-                // only, and then a camera's EXIF resolution (usually later) is the answer.
-                if (unit == 1)
-                    return inches(x, y);
-                if (unit == 2)
-                    return centimetres(x, y);
-            }
-        } else if (marker[1] == 0xE1 && length > 8 && !exif) {
-            const QByteArray body = file.read(length - 2);
-            if (body.startsWith(QByteArray("Exif\0\0", 6)))
-                exif = exifDpi(body);
+            if (file.read(reinterpret_cast<char*>(app0), 12) != 12 ||
+                QByteArray(reinterpret_cast<const char*>(app0), 5) != QByteArray("JFIF", 5))
+                return true;
+            const int unit = app0[7];
+            const double x = qFromBigEndian<quint16>(app0 + 8),
+                         y = qFromBigEndian<quint16>(app0 + 10);
+            // A JFIF density with a unit is what the file says; unit 0 is an aspect ratio
+            // only, and then a camera's EXIF resolution (usually later) is the answer.
+            if (unit == 1)
+                jfif = inches(x, y);
+            else if (unit == 2)
+                jfif = centimetres(x, y);
+            return !jfif;
         }
-        if (!file.seek(next))
-            break;
-    }
-    return exif;
+        if (kind == 0xE1 && exif.isEmpty() && length > 6) {
+            const QByteArray body = file.read(length);
+            if (body.size() == length && body.startsWith(QByteArray("Exif\0\0", 6)))
+                exif = body.mid(6); // a TIFF structure whose offsets count from its own start
+        }
+        return true;
+    });
+    if (jfif || exif.isEmpty())
+        return jfif;
+    QBuffer buffer(&exif);
+    return buffer.open(QIODevice::ReadOnly) ? tiffDpi(buffer) : std::nullopt;
 }
 
 bool jpegSegmentsWithinBudget(QIODevice& file) {
-    if (!file.seek(2))
-        return true;
-    for (int segments = 0; segments <= kJpegSegmentBudget; ++segments) {
-        uchar marker[4];
-        if (file.read(reinterpret_cast<char*>(marker), 4) != 4 || marker[0] != 0xFF ||
-            marker[1] == 0xDA || marker[1] == 0xD9)
-            return true; // the scan (or the end, or damage the decoder will meet) comes first
-        const int length = qFromBigEndian<quint16>(marker + 2);
-        if (length < 2 || !file.seek(file.pos() + length - 2))
-            return true;
-    }
-    return false;
+    return FileStructures::walkJpegSegments(file, kMaxJpegSegments,
+                                            [](uint8_t, int) { return true; });
 }
 
 bool jbigPageWithinLimits(QIODevice& file) {
@@ -155,48 +127,21 @@ std::optional<Dpi> bmpDpi(QIODevice& file) {
 }
 
 std::optional<Dpi> tiffDpi(QIODevice& file) {
-    uchar head[8];
-    if (!file.seek(0) || file.read(reinterpret_cast<char*>(head), 8) != 8)
+    const FileStructures::TiffReader tiff(file);
+    if (!tiff.valid())
         return std::nullopt;
-    const bool little = head[0] == 'I' && head[1] == 'I';
-    if (!little && !(head[0] == 'M' && head[1] == 'M'))
-        return std::nullopt;
-    auto u16 = [little](const uchar* p) {
-        return little ? qFromLittleEndian<quint16>(p) : qFromBigEndian<quint16>(p);
-    };
-    auto u32 = [little](const uchar* p) {
-        return little ? qFromLittleEndian<quint32>(p) : qFromBigEndian<quint32>(p);
-    };
-    if (u16(head + 2) != 42 || !file.seek(u32(head + 4)))
-        return std::nullopt;
-    uchar countBytes[2];
-    if (file.read(reinterpret_cast<char*>(countBytes), 2) != 2)
-        return std::nullopt;
-    const int count = u16(countBytes);
-    const QByteArray entries = file.read(qint64(count) * 12);
-    if (entries.size() != qint64(count) * 12)
-        return std::nullopt;
-    auto rational = [&](const uchar* entry) -> double {
-        if (u16(entry + 2) != 5 || u32(entry + 4) != 1 || !file.seek(u32(entry + 8)))
-            return 0.0;
-        uchar value[8];
-        if (file.read(reinterpret_cast<char*>(value), 8) != 8 || u32(value + 4) == 0)
-            return 0.0;
-        return double(u32(value)) / double(u32(value + 4));
-    };
     double x = 0, y = 0;
-    int unit = 2; // inch, when the file names none
-    for (int i = 0; i < count; ++i) {
-        const auto* entry = reinterpret_cast<const uchar*>(entries.constData()) + i * 12;
-        switch (u16(entry)) {
+    int64_t unit = 2; // inch, when the file names none
+    for (const FileStructures::TiffEntry& entry : tiff.directory(tiff.firstDirectory())) {
+        switch (entry.tag) {
         case 282:
-            x = rational(entry);
+            x = tiff.rational(entry);
             break;
         case 283:
-            y = rational(entry);
+            y = tiff.rational(entry);
             break;
         case 296:
-            unit = u16(entry + 8);
+            unit = FileStructures::TiffReader::integer(entry);
             break;
         default:
             break;

@@ -119,9 +119,12 @@ bool pastDeadline(const QVariant& deadline) {
     return std::chrono::steady_clock::now().time_since_epoch().count() > deadline.toLongLong();
 }
 
+// The document's first page, or null. A page about to be drawn (`drawing`) is also refused when
+// an image of the file claims more pixels than may be decoded.
 std::unique_ptr<Poppler::Page> firstPage(const QString& path,
-                                         std::unique_ptr<Poppler::Document>& document) {
-    if (!repairAffordable(path))
+                                         std::unique_ptr<Poppler::Document>& document,
+                                         bool drawing) {
+    if (!repairAffordable(path) || (drawing && claimsGiantImage(path)))
         return nullptr;
     document = Poppler::Document::load(path);
     if (!document || document->isLocked() || document->numPages() < 1)
@@ -159,10 +162,8 @@ namespace {
 // time budget of its pixel count.
 template <class DpiFor> DecodedImage renderFirstPage(const QString& path, DpiFor dpiFor) {
     DecodedImage result;
-    if (!repairAffordable(path) || claimsGiantImage(path))
-        return result;
     std::unique_ptr<Poppler::Document> document;
-    const std::unique_ptr<Poppler::Page> page = firstPage(path, document);
+    const std::unique_ptr<Poppler::Page> page = firstPage(path, document, true);
     if (!page)
         return result;
     const QSizeF points = page->pageSizeF();
@@ -204,7 +205,7 @@ DecodedImage pdfDecodeScaled(const QString& path, int maxSide) {
 
 QSizeF pdfMeasure(const QString& path) {
     std::unique_ptr<Poppler::Document> document;
-    const std::unique_ptr<Poppler::Page> page = firstPage(path, document);
+    const std::unique_ptr<Poppler::Page> page = firstPage(path, document, false);
     return page ? page->pageSizeF() : QSizeF();
 }
 

@@ -13,6 +13,7 @@
 #include <Magick++.h>
 
 #include <cmath>
+#include <functional>
 #include <exception>
 #include <new>
 
@@ -35,8 +36,8 @@ bool magickCanWrite(const char* coder) {
     }
 }
 
-// Magick aborts the process (an assertion, not an exception) when it is handed pixels for an
-// image larger than its resource limits allow, so the size is checked here first.
+// Whether Magick's resource limits allow a picture of this size: checked before the picture is
+// copied for Magick, which would refuse it only after the copy.
 bool withinMagickLimits(QSize size) {
     using namespace MagickCore;
     const auto w = MagickSizeType(size.width());
@@ -51,13 +52,16 @@ int dotsPerMetre(float dpi) {
 }
 
 // The encoders write into a QSaveFile: a temporary file beside the output, synced to the disk
-// and renamed over it only when every byte is there. A refusing encoder, a full disk or a
-// read-only medium leaves the output path as it was.
-int16_t openOutput(QSaveFile& file) {
-    return SafeReplace::openForReplacement(file) ? 0 : kCannotOpenFile;
-}
-
-int16_t commitOutput(QSaveFile& file) {
+// and renamed over it only when every byte is there. A refusing encoder (`write` returns a
+// status other than 0), a full disk or a read-only medium leaves the output path as it was.
+int16_t writeThrough(const QString& path, const std::function<int16_t(QSaveFile&)>& write) {
+    QSaveFile file(path);
+    if (!SafeReplace::openForReplacement(file))
+        return kCannotOpenFile;
+    if (const int16_t status = write(file)) {
+        file.cancelWriting();
+        return status;
+    }
     return file.commit() ? 0 : kWriteFailed;
 }
 
@@ -66,17 +70,14 @@ int16_t writeWithQt(const QImage& picture, const QString& path, const char* name
     // callers that own a large picture record it first (recordResolution).
     QImage image = picture;
     recordResolution(image, dpi);
-    QSaveFile file(path);
-    if (const int16_t status = openOutput(file))
-        return status;
-    // Straight into the file: the encoders stream their rows, so no second copy of the encoded
-    // picture is held in memory.
-    QImageWriter writer(&file, name);
-    if (!writer.write(image)) {
-        file.cancelWriting();
+    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+        // Straight into the file: the encoders stream their rows, so no second copy of the
+        // encoded picture is held in memory.
+        QImageWriter writer(&file, name);
+        if (writer.write(image))
+            return 0;
         return writer.error() == QImageWriter::DeviceError ? kWriteFailed : kEncoderFailed;
-    }
-    return commitOutput(file);
+    });
 }
 
 // A Magick picture holding the pixels of `argb` (ARGB32), or null when Magick cannot hold
@@ -124,26 +125,11 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
     } // the pixels go before the file is written
     if (blob.length() == 0)
         return kEncoderFailed;
-    QSaveFile file(path);
-    if (const int16_t status = openOutput(file))
-        return status;
-    if (file.write(static_cast<const char*>(blob.data()), qint64(blob.length())) !=
-        qint64(blob.length())) {
-        file.cancelWriting();
-        return kWriteFailed;
-    }
-    return commitOutput(file);
-}
-
-int16_t writeGifFile(const QImage& picture, const QString& path) {
-    QSaveFile file(path);
-    if (const int16_t status = openOutput(file))
-        return status;
-    if (const int16_t status = writeGif(picture, file)) {
-        file.cancelWriting();
-        return status;
-    }
-    return commitOutput(file);
+    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+        const auto length = qint64(blob.length());
+        return file.write(static_cast<const char*>(blob.data()), length) == length ? 0
+                                                                                  : kWriteFailed;
+    });
 }
 
 } // namespace
@@ -197,7 +183,7 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         case Encoder::Qt:
             return writeWithQt(picture, path, row->coder, dpi);
         case Encoder::Gif:
-            return writeGifFile(picture, path);
+            return writeThrough(path, [&](QSaveFile& file) { return writeGif(picture, file); });
         default:
             return writeWithMagick(picture, path, row->coder, dpi);
         }

@@ -78,7 +78,6 @@ MagickCore::Image* readBlob(const uchar* data, size_t size, const std::string& c
         image = MagickCore::DestroyImageList(image);
     MagickCore::DestroyExceptionInfo(exception);
     MagickCore::DestroyImageInfo(info);
-    useOwnTiffHandlers();
     return image;
 }
 

@@ -7,5 +7,6 @@
 void ensureMagickInitialised();
 
 // Installs the program's libtiff error and warning handlers, replacing whatever a library put
-// there. Called after Magick++ has initialised and after every Magick read.
+// there (Magick's TIFF module points them at reports it frees). Called once Magick++ has
+// initialised and before every read through Qt's TIFF reader, the program's only TIFF path.
 void useOwnTiffHandlers();

@@ -11,8 +11,6 @@
 #include <QIcon>
 #include <QMainWindow>
 
-#include <cstdio>
-
 namespace {
 
 QStringList absolutePaths(const QStringList& arguments) {
@@ -87,11 +85,8 @@ int runApplication(int argc, char** argv) {
     QApplication::setDesktopFileName("org.ormidon.Ormidon"); // the desktop entry, Wayland app_id
     QApplication::setWindowIcon(QIcon(":/ormidon.svg"));
 
-    if (!mistake.isEmpty()) {
-        std::fprintf(stderr, "ormidon: %s\nTry 'ormidon --help' for more information.\n",
-                     qPrintable(mistake));
-        return kExitUsage;
-    }
+    if (!mistake.isEmpty())
+        return usageError(mistake);
     if (parser.isSet(help))
         parser.showHelp(0);
     if (parser.isSet(version))

@@ -60,13 +60,13 @@ void quietWarnings(QtMsgType type, const QMessageLogContext& context, const QStr
                    stderr);
 }
 
+} // namespace
+
 int usageError(const QString& message) {
     printErr(QStringLiteral("ormidon: %1").arg(message));
     printErr(QStringLiteral("Try 'ormidon --help' for more information."));
     return kExitUsage;
 }
-
-} // namespace
 
 void CommandLineOptions::addTo(QCommandLineParser& parser) const {
     parser.addOptions({convert, dpi, angle, dest, overwrite, skip, listFormats});

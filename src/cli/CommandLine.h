@@ -44,5 +44,8 @@ struct CommandLineOptions {
 // The text on exit codes shown at the end of --help.
 QString commandLineExitHelp();
 
+// Prints a wrong argument's message and the pointer to --help on stderr; returns kExitUsage.
+int usageError(const QString& message);
+
 // Runs the command-line job the parsed arguments ask for and returns its exit code.
 int runCommandLine(const QCommandLineParser& parser, const CommandLineOptions& options);

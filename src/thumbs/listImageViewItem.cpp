@@ -37,8 +37,7 @@ void listImageViewItem::setImagePath(const QString& path) {
         grid->requestThumbnail(this);
         return;
     }
-    const int side = pixelSide();
-    setImage(ThumbnailMaker::fitToSide(ThumbnailMaker::make(path, side), side));
+    setImage(ThumbnailMaker::make(path, pixelSide())); // setImage fits it to the cell
 }
 
 int listImageViewItem::pixelSide() const {

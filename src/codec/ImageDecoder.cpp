@@ -3,6 +3,7 @@
 #include <QFileInfo>
 
 #include <QBuffer>
+#include <QColorSpace>
 #include <QFile>
 #include <QImageReader>
 #include <QTransform>
@@ -15,6 +16,7 @@
 #include <optional>
 
 #include "codec/DecodeLimits.h"
+#include "codec/ColourProfiles.h"
 #include "codec/DecoderBackends.h"
 #include "codec/ExifThumbnail.h"
 #include "codec/FormatRegistry.h"
@@ -143,6 +145,11 @@ QImage embeddedThumbnail(const QString& path, const QImageReader& reader, QSize 
     QImage image;
     if (!small.read(&image) || image.isNull())
         return {};
+    // The camera made the thumbnail from the same pixels and stored no profile of its own:
+    // it is in the main picture's colour space.
+    if (!file.seek(0))
+        return {};
+    image.setColorSpace(QColorSpace::fromIccProfile(ColourProfiles::jpegIccProfile(file)));
     return transformedAs(image.scaled(size.scaled(maxSide, maxSide, Qt::KeepAspectRatio),
                                       Qt::IgnoreAspectRatio, Qt::SmoothTransformation),
                          reader.transformation());
@@ -275,11 +282,8 @@ static bool isRegularFile(const QString& path) {
     return info.isFile() && info.isReadable();
 }
 
-DecodedImage decode(const QString& path) {
-    return decodeScaled(path, 0);
-}
-
-DecodedImage decodeScaled(const QString& path, int maxSide) {
+// The decoder chain, with the picture in the colour space its file declares.
+static DecodedImage decodeInSourceColours(const QString& path, int maxSide) {
     if (!isRegularFile(path))
         return DecodedImage{};
     maxSide = std::max(maxSide, 0); // 0: the whole picture
@@ -300,6 +304,21 @@ DecodedImage decodeScaled(const QString& path, int maxSide) {
         result.image = normalised(fittedWithin(std::move(result.image), maxSide));
         result.pointSize = QSizeF();
     }
+    return result;
+}
+
+DecodedImage decode(const QString& path, Colours colours) {
+    DecodedImage result = decodeInSourceColours(path, 0);
+    if (result.ok && colours == Colours::Display)
+        ColourProfiles::toSrgb(result.image);
+    return result;
+}
+
+DecodedImage decodeScaled(const QString& path, int maxSide) {
+    // A thumbnail is scaled before it is converted: the conversion then costs next to nothing.
+    DecodedImage result = decodeInSourceColours(path, maxSide);
+    if (result.ok)
+        ColourProfiles::toSrgb(result.image);
     return result;
 }
 

@@ -110,14 +110,20 @@ QSize orientedSize(const QImageReader& reader, QSize size) {
                : size;
 }
 
-// Turns a picture the way a reader's automatic transformation would (the EXIF orientation).
+// Turns a picture the way a reader's automatic transformation would (the EXIF orientation),
+// keeping its colour space, which Qt's own turning leaves behind.
 QImage transformedAs(QImage image, QImageIOHandler::Transformations how) {
-    if (how == QImageIOHandler::TransformationRotate270)
-        return image.transformed(QTransform().rotate(270));
-    image.mirror(how.testFlag(QImageIOHandler::TransformationMirror),
-                 how.testFlag(QImageIOHandler::TransformationFlip));
-    if (how.testFlag(QImageIOHandler::TransformationRotate90))
-        image = image.transformed(QTransform().rotate(90));
+    const QColorSpace space = image.colorSpace();
+    if (how == QImageIOHandler::TransformationRotate270) {
+        image = image.transformed(QTransform().rotate(270));
+    } else {
+        image.mirror(how.testFlag(QImageIOHandler::TransformationMirror),
+                     how.testFlag(QImageIOHandler::TransformationFlip));
+        if (how.testFlag(QImageIOHandler::TransformationRotate90))
+            image = image.transformed(QTransform().rotate(90));
+    }
+    if (image.colorSpace() != space)
+        image.setColorSpace(space);
     return image;
 }
 
@@ -150,9 +156,9 @@ QImage embeddedThumbnail(const QString& path, const QImageReader& reader, QSize 
     if (!file.seek(0))
         return {};
     image.setColorSpace(QColorSpace::fromIccProfile(ColourProfiles::jpegIccProfile(file)));
-    return transformedAs(image.scaled(size.scaled(maxSide, maxSide, Qt::KeepAspectRatio),
-                                      Qt::IgnoreAspectRatio, Qt::SmoothTransformation),
-                         reader.transformation());
+    image = image.scaled(size.scaled(maxSide, maxSide, Qt::KeepAspectRatio), Qt::IgnoreAspectRatio,
+                         Qt::SmoothTransformation);
+    return transformedAs(std::move(image), reader.transformation());
 }
 
 // A picture fitted within maxSide x maxSide pixels, never enlarged.
@@ -196,10 +202,13 @@ Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide = 0) {
         reader.setScaledSize(stored.scaled(maxSide, maxSide, Qt::KeepAspectRatio));
     }
     QImage image;
+    // Turned here rather than by the reader: Qt's turning drops the picture's colour space.
+    reader.setAutoTransform(false);
     if (!reader.read(&image) || image.isNull())
         return Outcome::Failed;
     if (!withinLimits(image.width(), image.height()))
         return Outcome::Refused; // a reader that gave more than its header said
+    image = transformedAs(std::move(image), reader.transformation());
     if (maxSide > 0) {
         out.image = normalised(fittedWithin(std::move(image), maxSide));
         out.ok = true;

@@ -360,7 +360,7 @@ void tst_Preferences::writeReplacesLongerFile() {
     QFile file(prefPath());
     QVERIFY(file.open(QIODevice::ReadOnly));
     QVERIFY(file.size() < 300);
-    QCOMPARE(readWrittenFile().size(), 6);
+    QCOMPARE(readWrittenFile().size(), 7);
 }
 
 void tst_Preferences::unwritableFolder() {
@@ -528,7 +528,7 @@ void tst_Preferences::windowBadFile() {
     QCOMPARE(c.itsDpiCombo->currentText(), QString("72"));
     QCOMPARE(c.itsPref.exportFormat, QString("TIFF"));
     c.closeController();
-    QCOMPARE(readWrittenFile().size(), 6);
+    QCOMPARE(readWrittenFile().size(), 7);
 }
 
 void tst_Preferences::windowRunWithoutImage() {

@@ -5,6 +5,7 @@
 #include <QColorSpace>
 #include <QFile>
 #include <QImageReader>
+#include <QImageWriter>
 #include <QTemporaryDir>
 #include <QtTest>
 

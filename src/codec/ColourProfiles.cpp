@@ -3,7 +3,10 @@
 #include "codec/FileStructures.h"
 
 #include <QColorSpace>
+#include <QColorTransform>
 #include <QMap>
+
+#include <cmath>
 
 namespace {
 
@@ -17,7 +20,27 @@ namespace ColourProfiles {
 
 bool needsConversion(const QImage& image) {
     const QColorSpace space = image.colorSpace();
-    return space.isValid() && space != QColorSpace(QColorSpace::SRgb);
+    if (!space.isValid() || space == QColorSpace(QColorSpace::SRgb))
+        return false;
+    // Many PNG writers say "sRGB" as a gamma of 1/2.2 with sRGB's primaries rounded into a cHRM
+    // chunk, which Qt reads as a colour space of its own. Where the curve is sRGB's or a plain
+    // 2.2 and converting moves no colour by more than a few levels, the picture is meant as sRGB
+    // and is shown as it is.
+    const bool nearSrgbCurve =
+        space.transferFunction() == QColorSpace::TransferFunction::SRgb ||
+        (space.transferFunction() == QColorSpace::TransferFunction::Gamma &&
+         std::abs(space.gamma() - 2.2f) < 0.05f);
+    if (!nearSrgbCurve)
+        return true;
+    const QColorTransform toSrgb = space.transformationToColorSpace(QColorSpace(QColorSpace::SRgb));
+    // Half-saturated probes: a wider gamut's pure primaries would only clip to sRGB's.
+    for (const QRgb probe : {qRgb(220, 110, 110), qRgb(110, 220, 110), qRgb(110, 110, 220)}) {
+        const QRgb mapped = toSrgb.map(probe);
+        if (std::abs(qRed(mapped) - qRed(probe)) > 3 || std::abs(qGreen(mapped) - qGreen(probe)) > 3 ||
+            std::abs(qBlue(mapped) - qBlue(probe)) > 3)
+            return true;
+    }
+    return false;
 }
 
 void toSrgb(QImage& image) {

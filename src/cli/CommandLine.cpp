@@ -69,7 +69,7 @@ int usageError(const QString& message) {
 }
 
 void CommandLineOptions::addTo(QCommandLineParser& parser) const {
-    parser.addOptions({convert, dpi, angle, dest, overwrite, skip, listFormats});
+    parser.addOptions({convert, dpi, angle, dest, overwrite, skip, stripMetadata, listFormats});
 }
 
 QString commandLineExitHelp() {
@@ -113,6 +113,7 @@ int runCommandLine(const QCommandLineParser& parser, const CommandLineOptions& o
     if (parser.isSet(options.overwrite) && parser.isSet(options.skip))
         return usageError(QStringLiteral("--overwrite and --skip exclude each other"));
     request.overwrite = parser.isSet(options.overwrite);
+    request.stripMetadata = parser.isSet(options.stripMetadata);
 
     const QString dest =
         parser.isSet(options.dest) ? parser.value(options.dest) : QDir::currentPath();

@@ -3,6 +3,7 @@
 #include "codec/FormatRegistry.h"
 #include "codec/GifWriter.h"
 #include "codec/MagickSupport.h"
+#include "codec/ModernWriters.h"
 #include "codec/SafeReplace.h"
 
 #include <QByteArray>
@@ -132,6 +133,17 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
     });
 }
 
+int16_t writeModern(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
+                    const SourceTraits& source) {
+    QByteArray bytes;
+    const ModernEncoding how = modernEncodingFor(picture, subtype, dpi, source.hasAlpha);
+    if (const int16_t status = encodeModern(picture, subtype, how, bytes))
+        return status;
+    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+        return file.write(bytes) == bytes.size() ? 0 : kWriteFailed;
+    });
+}
+
 } // namespace
 
 void prepareForEncoder(QImage& picture, uint32_t subtype) {
@@ -165,12 +177,17 @@ bool rasterWriterExists(uint32_t subtype) {
         return magickCanWrite(row->coder);
     case Encoder::Gif:
         return true;
+    case Encoder::Webp:
+    case Encoder::Heif:
+    case Encoder::Jxl:
+        return modernEncoderExists(subtype);
     default:
         return false;
     }
 }
 
-int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi) {
+int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
+                    const SourceTraits& source) {
     if (!rasterWriterExists(subtype))
         return kNoEncoder;
     if (picture.isNull() || std::isnan(dpi))
@@ -184,6 +201,10 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
             return writeWithQt(picture, path, row->coder, dpi);
         case Encoder::Gif:
             return writeThrough(path, [&](QSaveFile& file) { return writeGif(picture, file); });
+        case Encoder::Webp:
+        case Encoder::Heif:
+        case Encoder::Jxl:
+            return writeModern(picture, path, subtype, dpi, source);
         default:
             return writeWithMagick(picture, path, row->coder, dpi);
         }
@@ -213,6 +234,8 @@ QString writeFailureReason(int16_t status) {
         return QObject::tr("not every byte reached the disk (is it full or read-only?)");
     case kOutOfMemory:
         return QObject::tr("there is not enough memory");
+    case kTooLargeForFormat:
+        return QObject::tr("the picture is larger than this format can hold");
     default:
         return QObject::tr("error %1").arg(status);
     }

@@ -114,14 +114,17 @@ int16_t Controller::convertAndSave(const QImage& picture, const QString& destPat
     // The writer needs the file that the naming step created; without it nothing is written.
     const int16_t pathStatus =
         (!destPath.isEmpty() && QFileInfo(destPath).isFile()) ? 0 : kPathNotResolved;
-    if (format > kLastRasterFormat)
-        return pathStatus;
     if (format < 0)
         return kBadFormat;
+    if (!isRasterFormat(format))
+        return pathStatus;
     if (pathStatus != 0)
         return pathStatus;
     const ExportSettings settings = exportSettings(*this);
-    return writeRaster(picture, destPath, gformats[format], settings.dpi);
+    SourceTraits source;
+    if (const ConversionJob* job = currentConversionJob())
+        source.hasAlpha = job->sourceHasAlpha;
+    return writeRaster(picture, destPath, rasterSubtype(format), settings.dpi, source);
 }
 
 void Controller::createPDFFile(const QString& source, const QString& toFile, const QRectF& bounds) {

@@ -14,6 +14,8 @@ struct ConversionJob {
     float dpi = 72.0f;
     int degrees = 0;
     DecodedImage decoded; // ok == false when the source's pixels cannot be read
+    // Whether the source's pixels had an alpha channel; kept for the writer once they are gone.
+    bool sourceHasAlpha = false;
     // A file of "Convert All": a picture that cannot be drawn is skipped and named in the
     // batch's end summary (`failure` says why) instead of stopping the batch at an alert.
     bool inBatch = false;

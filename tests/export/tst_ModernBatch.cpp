@@ -12,7 +12,7 @@
 #include <QStandardPaths>
 #include <QtTest>
 
-#include "../codec/DngWriter.h"
+#include "DngWriter.h"
 #include "FlowFixture.h"
 
 namespace {

@@ -76,8 +76,14 @@ int16_t encodeWebp(const QImage& input, const ModernEncoding& how, QByteArray& o
     picture.height = input.height();
     // Qt's 32-bit pixels are B, G, R, A in memory on this little-endian machine: imported as
     // they are, with straight alpha where there is any.
-    const QImage pixels =
-        input.convertToFormat(alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    // An opaque picture's 32-bit pixels are already B, G, R, X whatever their alpha form: no
+    // copy of a large photograph is made for them.
+    const bool opaque32 = !alpha && (input.format() == QImage::Format_RGB32 ||
+                                     input.format() == QImage::Format_ARGB32 ||
+                                     input.format() == QImage::Format_ARGB32_Premultiplied);
+    const QImage pixels = opaque32 ? input
+                                   : input.convertToFormat(alpha ? QImage::Format_ARGB32
+                                                                 : QImage::Format_RGB32);
     if (pixels.isNull())
         return kOutOfMemory;
     const int imported =

@@ -45,14 +45,7 @@ WORK="$(mktemp -d)"
 trap 'rm -rf "$WORK"' EXIT
 trap 'exit 130' INT TERM
 mkdir -p "$WORK/src" "$WORK/src10"
-find /usr/share/backgrounds /usr/share/wallpapers -type f \( -iname '*.jpg' -o -iname '*.jpeg' \) |
-    sort | while read -r f; do
-    # Plasma names every picture by its size (1920x1080.jpg): keep the folders in the name.
-    name="${f#/usr/share/}"
-    name="${name//\//_}"
-    cp "$f" "$WORK/src/${name%.*}.jpg"
-done
-python3 "$ROOT/bench/set_density_72.py" "$WORK/src"/*.jpg
+copy_wallpaper_jpegs "$WORK/src"
 # The transform job: every fifth photograph, 10 of them.
 ls "$WORK/src" | awk 'NR % 5 == 1' | head -n 10 | while read -r f; do cp "$WORK/src/$f" "$WORK/src10/"; done
 

@@ -27,8 +27,8 @@ void fillFormatList(QComboBox* combo, const QString& savedCode) {
     int selection = 0;
     for (int i = 0; i < kFormatCount; ++i) {
         gformatExport[i] = 0;
-        if (i <= kLastRasterFormat) {
-            if (!rasterWriterExists(gformats[i]))
+        if (isRasterFormat(i)) {
+            if (!rasterWriterExists(rasterSubtype(i)))
                 continue;
             gformatExport[i] = 1;
         }

@@ -33,7 +33,7 @@ long formatForTypedCode(const QString& typed) {
 bool formatIsWritable(int index) {
     if (index == kEpsFormat)
         return false; // drawn by the window's view: there is none here
-    return index > kLastRasterFormat || rasterWriterExists(gformats[index]);
+    return !isRasterFormat(index) || rasterWriterExists(rasterSubtype(index));
 }
 
 int listFormats() {

@@ -51,4 +51,19 @@ QByteArray magickCoderForSuffix(const QString& suffix) {
     return {};
 }
 
+OwnReader ownReaderForSuffix(const QString& suffix) {
+    for (const FormatRow& row : kRows)
+        if (row.ownReader != OwnReader::None && words(row.suffixes).contains(suffix))
+            return row.ownReader;
+    return OwnReader::None;
+}
+
+QStringList ownReaderSuffixes() {
+    QStringList list;
+    for (const FormatRow& row : kRows)
+        if (row.ownReader != OwnReader::None)
+            list += words(row.suffixes);
+    return list;
+}
+
 } // namespace FormatRegistry

@@ -30,6 +30,18 @@ enum class Encoder {
     Gif,    // the program's GIF writer (libimagequant and giflib)
     Pdf,    // the program's PDF writer
     Eps,    // the program's EPS writer
+    Webp,   // libwebp (ModernWriters.h)
+    Heif,   // libheif, by `coder` as the compression ("HEIC", "AVIF")
+    Jxl,    // libjxl
+};
+
+// Who reads a format's files ahead of the general chain (Qt's readers, then Magick++): the
+// formats whose own library reads them under the program's limits (ModernDecoders.h).
+enum class OwnReader {
+    None, // Qt or Magick++, by content
+    Heif, // libheif: HEIC and AVIF
+    Jxl,  // libjxl
+    Raw,  // libraw: camera RAW, taken by suffix (the files share no signature)
 };
 
 using HeaderDpiReader = std::optional<Dpi> (*)(QIODevice&);
@@ -51,6 +63,7 @@ struct FormatRow {
     // are converted to sRGB), and EXIF, XMP and IPTC (see ImageMetadata.h).
     bool holdsProfile = false;
     bool holdsMetadata = false;
+    OwnReader ownReader = OwnReader::None;
 };
 
 namespace FormatRegistry {
@@ -91,14 +104,24 @@ inline constexpr FormatRow kRows[] = {
   {nullptr, 0, kNone, nullptr, nullptr, false, "jbg jbig bie",  nullptr, "JBIG JBG BIE",  nullptr, jbigPageWithinLimits},
   // Variants of coders above, or containers of other coders, with no suffix of their own.
   {nullptr, 0, kNone, nullptr, nullptr, false, "",              nullptr, "DXT1 DXT5 PCDS WMZ SVGZ XV VDA", nullptr, nullptr},
+  // Modern formats, written and read by their own libraries (output entries 19 to 22).
+  {"WEBP", fourCharCode("WEBP"), Encoder::Webp, "WEBP", nullptr, true, "webp",        "webp",  "WEBP",        nullptr, nullptr, true, true},
+  {"AVIF", fourCharCode("AVIF"), Encoder::Heif, "AVIF", nullptr, true, "avif",        nullptr, "AVIF",        nullptr, nullptr, true, true, OwnReader::Heif},
+  {"HEIC", fourCharCode("HEIC"), Encoder::Heif, "HEIC", nullptr, true, "heic heif hif", nullptr, "HEIC HEIF", nullptr, nullptr, true, true, OwnReader::Heif},
+  {"JXL ", fourCharCode("JXL "), Encoder::Jxl,  "JXL",  nullptr, true, "jxl",         nullptr, "JXL",         nullptr, nullptr, true, true, OwnReader::Jxl},
+  // Camera RAW: libraw demosaics them; thumbnails come from the camera's embedded preview.
+  {nullptr, 0, kNone, nullptr, nullptr, false, "dng cr2 cr3 crw nef nrw arw srf sr2 orf raf rw2 pef srw rwl 3fr erf kdc dcr mrw x3f iiq mos",
+   nullptr, "DNG CR2 CR3 CRW NEF NRW ARW SRF SR2 ORF RAF RW2 PEF SRW RWL 3FR ERF KDC DCR MRW X3F IIQ MOS", nullptr, nullptr, false, false, OwnReader::Raw},
 };
 // clang-format on
 
-// The output-format table, in the order of its indices 0 to 18. Entry 14 repeats entry 1:
+// The output-format table, in the order of its indices 0 to 22. Entry 14 repeats entry 1:
 // both are "PICS", and the first match wins wherever a code is looked up.
 inline constexpr std::string_view kOutputOrder[] = {
     "MooV", "PICS", "SGI ", "8BPS", "BMPf", "FPix", "GIF ", "JPEG", "PNGf", "PNTG",
-    "TIFF", "TPIC", "qdgx", "qtif", "PICS", "FLC ", "SWFL", "PDF ", "EPS "};
+    "TIFF", "TPIC", "qdgx", "qtif", "PICS", "FLC ", "SWFL", "PDF ", "EPS ",
+    // Appended after the original nineteen, whose indices keep their meaning.
+    "WEBP", "AVIF", "HEIC", "JXL "};
 inline constexpr int kOutputCount = int(std::size(kOutputOrder));
 
 constexpr const FormatRow& rowForCode(std::string_view code) {
@@ -108,7 +131,7 @@ constexpr const FormatRow& rowForCode(std::string_view code) {
     throw "no row has this code"; // a compile-time error where used in a constant expression
 }
 
-// The row of output-table entry `index` (0 to 18).
+// The row of output-table entry `index` (0 to 22).
 constexpr const FormatRow& outputRow(int index) {
     return rowForCode(kOutputOrder[index]);
 }
@@ -129,5 +152,11 @@ QStringList suffixesOfMagickCoder(QByteArrayView coder);
 // The coder to name for a file suffix (lower case) when the content alone does not tell
 // (MacPaint, Targa, PICT have no signature): the first Magick coder of its row, or empty.
 QByteArray magickCoderForSuffix(const QString& suffix);
+
+// The own reader of files with this suffix (lower case), OwnReader::None for the others.
+OwnReader ownReaderForSuffix(const QString& suffix);
+
+// The suffixes of every row read by an own reader.
+QStringList ownReaderSuffixes();
 
 } // namespace FormatRegistry

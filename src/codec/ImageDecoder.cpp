@@ -21,6 +21,7 @@
 #include "codec/ExifThumbnail.h"
 #include "codec/FormatRegistry.h"
 #include "codec/MagickSupport.h"
+#include "codec/ModernDecoders.h"
 
 namespace DecoderBackends {
 
@@ -276,6 +277,8 @@ QStringList readableSuffixes() {
             add(QString::fromLatin1(format));
         for (const QString& suffix : magickSuffixes())
             add(suffix);
+        for (const QString& suffix : FormatRegistry::ownReaderSuffixes())
+            add(suffix);
         add(QStringLiteral("pdf"));
         return list;
     }();
@@ -296,6 +299,8 @@ static DecodedImage decodeInSourceColours(const QString& path, int maxSide) {
     if (!isRegularFile(path))
         return DecodedImage{};
     maxSide = std::max(maxSide, 0); // 0: the whole picture
+    if (const OwnReader own = ModernDecoders::readerFor(path); own != OwnReader::None)
+        return ModernDecoders::decode(path, own, maxSide);
     DecodedImage result;
     switch (qtDecode(path, result, maxSide)) {
     case Outcome::Done:
@@ -334,6 +339,8 @@ DecodedImage decodeScaled(const QString& path, int maxSide) {
 QSizeF measure(const QString& path) {
     if (!isRegularFile(path))
         return QSizeF();
+    if (const OwnReader own = ModernDecoders::readerFor(path); own != OwnReader::None)
+        return ModernDecoders::measure(path, own);
     QSizeF size;
     switch (qtMeasure(path, size)) {
     case Outcome::Done:

@@ -5,8 +5,10 @@
 #include <QString>
 #include <QStringList>
 
-// The decoder chain every image file goes through: Qt's image readers (with the image-formats
-// and SVG plugins), then Magick++ for what Qt cannot read, then poppler for PDF (first page).
+// The decoder chain every image file goes through: the formats with readers of their own first
+// (HEIC, AVIF and JPEG XL by content, camera RAW by suffix: ModernDecoders.h), then Qt's image
+// readers (with the image-formats and SVG plugins), then Magick++ for what Qt cannot read, then
+// poppler for PDF (first page).
 // Every decoder runs under the limits of DecodeLimits.h; a refused or unreadable file comes
 // back with ok == false and never crashes, hangs or allocates a giant buffer.
 

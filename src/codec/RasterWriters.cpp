@@ -4,6 +4,7 @@
 #include "codec/FormatRegistry.h"
 #include "codec/GifWriter.h"
 #include "codec/MagickSupport.h"
+#include "codec/ModernWriters.h"
 #include "codec/SafeReplace.h"
 
 #include <QBuffer>
@@ -165,6 +166,19 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
     });
 }
 
+int16_t writeModern(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
+                    const ImageMetadata& metadata, const SourceTraits& source) {
+    QByteArray bytes;
+    ModernEncoding how = modernEncodingFor(picture, subtype, dpi, source.hasAlpha);
+    how.exif = metadata.exif; // these containers have no place for IPTC
+    how.xmp = metadata.xmp;
+    if (const int16_t status = encodeModern(picture, subtype, how, bytes))
+        return status;
+    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+        return file.write(bytes) == bytes.size() ? 0 : kWriteFailed;
+    });
+}
+
 } // namespace
 
 void prepareForEncoder(QImage& picture, uint32_t subtype) {
@@ -198,13 +212,17 @@ bool rasterWriterExists(uint32_t subtype) {
         return magickCanWrite(row->coder);
     case Encoder::Gif:
         return true;
+    case Encoder::Webp:
+    case Encoder::Heif:
+    case Encoder::Jxl:
+        return modernEncoderExists(subtype);
     default:
         return false;
     }
 }
 
 int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
-                    const ImageMetadata& metadata) {
+                    const ImageMetadata& metadata, const SourceTraits& source) {
     if (!rasterWriterExists(subtype))
         return kNoEncoder;
     if (picture.isNull() || std::isnan(dpi))
@@ -224,6 +242,10 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
             return writeWithQt(pixels, path, row->coder, dpi, carried);
         case Encoder::Gif:
             return writeThrough(path, [&](QSaveFile& file) { return writeGif(pixels, file); });
+        case Encoder::Webp:
+        case Encoder::Heif:
+        case Encoder::Jxl:
+            return writeModern(pixels, path, subtype, dpi, carried, source);
         default:
             return writeWithMagick(pixels, path, row->coder, dpi, row->holdsProfile, carried);
         }
@@ -253,6 +275,8 @@ QString writeFailureReason(int16_t status) {
         return QObject::tr("not every byte reached the disk (is it full or read-only?)");
     case kOutOfMemory:
         return QObject::tr("there is not enough memory");
+    case kTooLargeForFormat:
+        return QObject::tr("the picture is larger than this format can hold");
     default:
         return QObject::tr("error %1").arg(status);
     }

@@ -8,7 +8,8 @@
 
 // One encoder per raster subtype of the format table: BMPf, JPEG, PNGf and TIFF through Qt's
 // writers; 'GIF ' through the program's own (GifWriter.h); '8BPS' (Photoshop), '.SGI' and 'TPIC'
-// (Targa) through Magick++.
+// (Targa) through Magick++; WEBP, AVIF, HEIC and 'JXL ' through their own libraries
+// (ModernWriters.h).
 
 // Status codes of the raster writers. 0 is success; every failure is negative so that the
 // callers, which only look at zero or not, never mistake one for success.
@@ -18,6 +19,14 @@ constexpr int16_t kCannotOpenFile = -3; // missing folder, read-only folder, not
 constexpr int16_t kEncoderFailed = -4;  // the encoder refused the picture (policy, size)
 constexpr int16_t kWriteFailed = -5;    // the bytes did not all reach the disk (disk full)
 constexpr int16_t kOutOfMemory = -6;    // the encoder's buffers could not be had
+constexpr int16_t kTooLargeForFormat = -7; // sides or area beyond what the format can hold
+
+// What a writer is told of the source besides the picture drawn from it.
+struct SourceTraits {
+    // The source has an alpha channel (PNG, TIFF, GIF, Photoshop and the like): the modern
+    // formats then code it losslessly, as its edges and flat colours would smear otherwise.
+    bool hasAlpha = false;
+};
 
 // Whether an encoder for the subtype exists on this machine.
 bool rasterWriterExists(uint32_t subtype);
@@ -31,7 +40,7 @@ bool rasterWriterExists(uint32_t subtype);
 // formats get its pixels converted to sRGB. `metadata` (already adapted to the output, see
 // MetadataCarrier::forOutput) is written into formats that hold it, before the file appears.
 int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
-                    const ImageMetadata& metadata = {});
+                    const ImageMetadata& metadata = {}, const SourceTraits& source = {});
 
 // Records `dpi` in the picture's resolution fields, as the writers do. Done by the owner of a
 // large picture before handing it over, so that the writer's own recording copies nothing.

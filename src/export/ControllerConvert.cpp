@@ -204,6 +204,7 @@ void Controller::saveImage(const QString& source, long format) {
         if (job.inBatch)
             encodeOnThisThreadOnly(); // the lanes keep the cores busy already
         QImage picture = createCGImage(src, r, q, int(format));
+        job.sourceHasAlpha = job.decoded.image.hasAlphaChannel();
         job.decoded = DecodedImage{}; // the source's pixels go before the encoder's buffers come
         if (picture.isNull()) {
             if (job.inBatch && !job.failure.isEmpty()) {
@@ -215,8 +216,8 @@ void Controller::saveImage(const QString& source, long format) {
         }
         // The one owner now: the resolution and the encoder's pixel form cost no copy.
         recordResolution(picture, job.dpi);
-        if (format <= kLastRasterFormat)
-            prepareForEncoder(picture, gformats[format]);
+        if (isRasterFormat(int(format)))
+            prepareForEncoder(picture, rasterSubtype(int(format)));
         const int16_t status = convertAndSave(picture, dest, int(format));
         picture = QImage();
         if (status == kOutOfMemory && !job.inBatch)

@@ -115,10 +115,10 @@ int16_t Controller::convertAndSave(const QImage& picture, const QString& destPat
     // The writer needs the file that the naming step created; without it nothing is written.
     const int16_t pathStatus =
         (!destPath.isEmpty() && QFileInfo(destPath).isFile()) ? 0 : kPathNotResolved;
-    if (format > kLastRasterFormat)
-        return pathStatus;
     if (format < 0)
         return kBadFormat;
+    if (!isRasterFormat(format))
+        return pathStatus;
     if (pathStatus != 0)
         return pathStatus;
     const ExportSettings settings = exportSettings(*this);
@@ -127,7 +127,10 @@ int16_t Controller::convertAndSave(const QImage& picture, const QString& destPat
     const ImageMetadata metadata =
         job ? MetadataCarrier::forOutput(job->metadata, picture.size(), settings.dpi)
             : ImageMetadata{};
-    return writeRaster(picture, destPath, gformats[format], settings.dpi, metadata);
+    SourceTraits source;
+    if (job)
+        source.hasAlpha = job->sourceHasAlpha;
+    return writeRaster(picture, destPath, rasterSubtype(format), settings.dpi, metadata, source);
 }
 
 void Controller::createPDFFile(const QString& source, const QString& toFile, const QRectF& bounds) {

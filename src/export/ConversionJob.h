@@ -18,6 +18,8 @@ struct ConversionJob {
     // The source's EXIF, XMP and IPTC, read with its pixels; empty when outputs leave them out.
     ImageMetadata metadata;
     bool stripMetadata = false;
+    // Whether the source's pixels had an alpha channel; kept for the writer once they are gone.
+    bool sourceHasAlpha = false;
     // A file of "Convert All": a picture that cannot be drawn is skipped and named in the
     // batch's end summary (`failure` says why) instead of stopping the batch at an alert.
     bool inBatch = false;

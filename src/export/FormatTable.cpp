@@ -17,6 +17,6 @@ QString outputExtension(int index) {
 }
 
 bool formatKeepsTransparentBackground(int index) {
-    return index >= 0 && index <= kLastRasterFormat &&
+    return isRasterFormat(index) &&
            FormatRegistry::outputRow(index).keepsTransparency;
 }

@@ -121,6 +121,25 @@ private slots:
         }
     }
 
+    void convertsFolderToWebp() {
+        // A modern format from the table, by its code as typed ("webp" is "WEBP").
+        QTemporaryDir out;
+        const Run r = run({"--convert", "webp", "--dest", out.path(), sources.path()});
+        QCOMPARE(r.exitCode, 0);
+        QVERIFY2(r.out.contains("4 of 4"), qPrintable(r.out));
+        const QList<std::pair<QString, QSize>> expected = {
+            {"a", {40, 20}}, {"b", {60, 30}}, {"c", {24, 12}}, {"d", {32, 16}}};
+        for (const auto& [name, size] : expected) {
+            // Read back by Qt's WebP plugin, not by the libwebp calls that wrote it.
+            QImageReader reader(out.filePath(name + ".WEBP"), "webp");
+            const QImage image = reader.read();
+            QVERIFY2(!image.isNull(), qPrintable(name));
+            QCOMPARE(image.size(), size);
+            QVERIFY(near(image.pixel(2, size.height() / 2), Qt::red));
+            QVERIFY(near(image.pixel(size.width() - 3, size.height() / 2), Qt::blue));
+        }
+    }
+
     void resolutionAndAngleChangeTheSize() {
         QTemporaryDir out;
         const Run r =
@@ -230,10 +249,12 @@ private slots:
     void listsTheFormats() {
         const Run r = run({"--list-formats"});
         QCOMPARE(r.exitCode, 0);
-        // Every one of the nineteen output codes, one a line.
+        // Every one of the output codes, one a line: the nineteen and the modern four.
         QCOMPARE(r.out.count(
                      QRegularExpression("^  \"....\"  \\.", QRegularExpression::MultilineOption)),
-                 19);
+                 23);
+        QVERIFY(r.out.contains("\"WEBP\"  .WEBP\n"));
+        QVERIFY(r.out.contains("\"JXL \"  .JXL \n"));
         QVERIFY(r.out.contains("Reads:"));
         QVERIFY(r.out.contains(" png"));
         QVERIFY(r.out.contains(" jpg"));

@@ -6,6 +6,9 @@
 
 #include "codec/FormatRegistry.h"
 #include "codec/MagickSupport.h"
+#include "codec/RasterWriters.h"
+
+#include "DngWriter.h"
 
 #include <Magick++.h>
 
@@ -14,6 +17,8 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QFile>
 
 #include <cstdio>
 
@@ -182,6 +187,31 @@ qsizetype jpegScanStart(const QByteArray& jpeg) {
 
 } // namespace
 
+namespace {
+
+// A file written by the program's own writer of a modern format, read back as bytes; empty
+// when the machine has no encoder for it.
+QByteArray modernBytes(const QImage& image, const char (&code)[5]) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("seed");
+    if (writeRaster(image, path, fourCharCode(code), 72.0f) != 0)
+        return {};
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A camera RAW file: a DNG with the picture as its colour filter array.
+QByteArray dngBytes(const QImage& image) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("seed.dng");
+    if (!DngWriter::write(path, {image.copy(0, 0, image.width() & ~1, image.height() & ~1), 6, {}}))
+        return {};
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
 namespace HostileCorpus {
 
 QByteArray xcfFile(quint32 w, quint32 h, quint32 layerW, quint32 layerH, quint32 bpp) {
@@ -294,6 +324,17 @@ QList<Seed> primarySeeds() {
     add("svg", "svg", svg, svg.indexOf('>', svg.indexOf("<svg")) + 1);
     add("svgz", "svgz", gzipStream(svg), 10);
     add("pdf", "pdf", pdfBytes(), 15);
+    // The formats with readers of their own: HEIF boxes end their header near 300 bytes, a JPEG
+    // XL code stream's near 16, a DNG's first directory at 8.
+    for (const auto& [suffix, bytes] :
+         {std::pair<QString, QByteArray>{"avif", modernBytes(rgba, "AVIF")},
+          {"heic", modernBytes(rgb, "HEIC")},
+          {"jxl", modernBytes(rgba, "JXL ")}})
+        if (!bytes.isEmpty())
+            add(suffix, suffix, bytes, std::min<qsizetype>(300, bytes.size() / 2), false);
+    const QByteArray dng = dngBytes(rgb);
+    add("dng", "dng", dng, 8);
+    add("nef", "nef-dng", dng, 8, false);
     return seeds;
 }
 

@@ -36,6 +36,21 @@ const FormatRow* rowForQtReader(QByteArrayView name) {
     return nullptr;
 }
 
+const FormatRow* rowWithOwnReaderForSuffix(const QString& suffix) {
+    for (const FormatRow& row : kRows)
+        if (row.ownReader && words(row.suffixes).contains(suffix))
+            return &row;
+    return nullptr;
+}
+
+QStringList ownReaderSuffixes() {
+    QStringList suffixes;
+    for (const FormatRow& row : kRows)
+        if (row.ownReader)
+            suffixes += words(row.suffixes);
+    return suffixes;
+}
+
 QStringList suffixesOfMagickCoder(QByteArrayView coder) {
     if (const FormatRow* row = rowForMagickCoder(coder))
         return words(row->suffixes);

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "codec/HeaderReaders.h"
+#include "codec/legacy/LegacyReaders.h"
 
 // Everything the program knows of an image format, one row a format: the code it is offered
 // and saved under, the encoder that writes it, whether its pictures keep transparency, the
@@ -30,10 +31,12 @@ enum class Encoder {
     Gif,    // the program's GIF writer (libimagequant and giflib)
     Pdf,    // the program's PDF writer
     Eps,    // the program's EPS writer
+    Legacy, // the program's writers of the older formats (codec/legacy/), by `coder`
 };
 
 using HeaderDpiReader = std::optional<Dpi> (*)(QIODevice&);
 using HeaderCheck = bool (*)(QIODevice&);
+using OwnReader = DecodedImage (*)(const QString& path);
 
 struct FormatRow {
     const char* code; // output code, exactly four characters ("GIF "); nullptr: read only
@@ -47,19 +50,22 @@ struct FormatRow {
     const char* magickCoders;  // Magick coders that read it ("JPEG JPG PJPEG"), else nullptr
     HeaderDpiReader headerDpi; // resolution from the header alone; nullptr: from the decode
     HeaderCheck headerCheck;   // false for a header too costly to parse; nullptr: no check
+    OwnReader ownReader = nullptr; // the program's own reader, where Qt and Magick have none
 };
 
 namespace FormatRegistry {
 
 using namespace HeaderReaders;
+using namespace LegacyReaders;
 constexpr Encoder kQt = Encoder::Qt;
 constexpr Encoder kMagick = Encoder::Magick;
 constexpr Encoder kNone = Encoder::None;
+constexpr Encoder kLegacy = Encoder::Legacy;
 
 // clang-format off
 inline constexpr FormatRow kRows[] = {
   // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header
-  {"MooV", fourCharCode("MooV"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"MooV", fourCharCode("MooV"), kLegacy, "movie", nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"PICS", fourCharCode("PICS"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"SGI ", fourCharCode(".SGI"), kMagick, "SGI",   nullptr, true,  "sgi",                nullptr, "SGI",                      nullptr, nullptr},
   {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr, nullptr},
@@ -68,13 +74,13 @@ inline constexpr FormatRow kRows[] = {
   {"GIF ", fourCharCode("GIF "), Encoder::Gif, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr, nullptr},
   {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget},
   {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr},
-  {"PNTG", fourCharCode("PNTG"), kNone,   nullptr, nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},
+  {"PNTG", fourCharCode("PNTG"), kLegacy, "paint", nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},
   {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi, nullptr},
   {"TPIC", fourCharCode("TPIC"), kMagick, "TGA",   nullptr, false, "tga",                "tga",   "TGA",                      nullptr, nullptr},
   {"qdgx", fourCharCode("qdgx"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
-  {"qtif", fourCharCode("qtif"), kNone,   nullptr, nullptr, true,  "",                   nullptr, nullptr,                    nullptr, nullptr},
-  {"FLC ", fourCharCode("FLC "), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
-  {"SWFL", fourCharCode("SWFL"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"qtif", fourCharCode("qtif"), kLegacy, "qtimage", nullptr, true, "qtif qti",          nullptr, nullptr,                    nullptr, nullptr, quickTimeImagePicture},
+  {"FLC ", fourCharCode("FLC "), kLegacy, "flic",  nullptr, false, "flc fli",            nullptr, nullptr,                    nullptr, nullptr, flicPicture},
+  {"SWFL", fourCharCode("SWFL"), kLegacy, "swf",   nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"PDF ", 0,                    Encoder::Pdf, nullptr, "pdf", false, "pdf",             nullptr, nullptr,                    nullptr, nullptr},
   {"EPS ", 0,                    Encoder::Eps, nullptr, "eps", false, "",                nullptr, nullptr,                    nullptr, nullptr},
   // Read only: formats whose Magick coders go by other names than their files' suffixes.
@@ -114,6 +120,12 @@ const FormatRow* rowForSubtype(uint32_t subtype);
 
 // The row of Qt's reader name ("jpeg"), or nullptr.
 const FormatRow* rowForQtReader(QByteArrayView name);
+
+// The row with its own reader that lists the suffix (lower case), or nullptr.
+const FormatRow* rowWithOwnReaderForSuffix(const QString& suffix);
+
+// The suffixes of every row with its own reader.
+QStringList ownReaderSuffixes();
 
 // The row that lists the Magick coder ("JPG"), or nullptr.
 const FormatRow* rowForMagickCoder(QByteArrayView coder);

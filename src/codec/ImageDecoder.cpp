@@ -261,9 +261,17 @@ QStringList readableSuffixes() {
         for (const QString& suffix : magickSuffixes())
             add(suffix);
         add(QStringLiteral("pdf"));
+        for (const QString& suffix : FormatRegistry::ownReaderSuffixes())
+            add(suffix);
         return list;
     }();
     return suffixes;
+}
+
+// The row whose own reader reads the file, by its suffix; a trailing blank, as in the
+// program's own "FLC " outputs, does not count.
+static const FormatRow* rowWithOwnReader(const QString& path) {
+    return FormatRegistry::rowWithOwnReaderForSuffix(QFileInfo(path).suffix().trimmed().toLower());
 }
 
 // Only regular files are decoded: no empty name, folder, pipe or device (a /dev/zero named
@@ -295,6 +303,14 @@ DecodedImage decodeScaled(const QString& path, int maxSide) {
     }
     if (looksLikePdf(path))
         return maxSide > 0 ? pdfDecodeScaled(path, maxSide) : pdfDecode(path);
+    if (const FormatRow* row = rowWithOwnReader(path)) {
+        result = row->ownReader(path);
+        if (result.ok && maxSide > 0) {
+            result.image = normalised(fittedWithin(std::move(result.image), maxSide));
+            result.pointSize = QSizeF();
+        }
+        return result;
+    }
     result = magickDecode(path);
     if (result.ok && maxSide > 0) {
         result.image = normalised(fittedWithin(std::move(result.image), maxSide));
@@ -318,6 +334,10 @@ QSizeF measure(const QString& path) {
     }
     if (looksLikePdf(path))
         return pdfMeasure(path);
+    if (const FormatRow* row = rowWithOwnReader(path)) {
+        const DecodedImage decoded = row->ownReader(path);
+        return decoded.ok ? decoded.pointSize : QSizeF();
+    }
     return magickMeasure(path);
 }
 

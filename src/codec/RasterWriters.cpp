@@ -4,6 +4,7 @@
 #include "codec/GifWriter.h"
 #include "codec/MagickSupport.h"
 #include "codec/SafeReplace.h"
+#include "codec/legacy/LegacyWriters.h"
 
 #include <QByteArray>
 #include <QImageWriter>
@@ -165,6 +166,8 @@ bool rasterWriterExists(uint32_t subtype) {
         return magickCanWrite(row->coder);
     case Encoder::Gif:
         return true;
+    case Encoder::Legacy:
+        return LegacyWriters::exists(row->coder);
     default:
         return false;
     }
@@ -184,6 +187,10 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
             return writeWithQt(picture, path, row->coder, dpi);
         case Encoder::Gif:
             return writeThrough(path, [&](QSaveFile& file) { return writeGif(picture, file); });
+        case Encoder::Legacy:
+            return writeThrough(path, [&](QSaveFile& file) {
+                return LegacyWriters::write(row->coder, picture, file, dpi);
+            });
         default:
             return writeWithMagick(picture, path, row->coder, dpi);
         }

@@ -148,6 +148,39 @@ private slots:
         QVERIFY(f.controller->itsMainWindow->statusBar()->currentMessage().contains("noise.PNGf"));
     }
 
+    // The same for the older formats' writers: each writes through the same save file.
+    void aFailedOlderFormatWritePutsThePreviousFileBack_data() {
+        QTest::addColumn<QString>("format");
+        for (const char* c : {"MooV", "PNTG", "qtif", "FLC ", "SWFL"})
+            QTest::newRow(c) << QString::fromLatin1(c);
+    }
+    void aFailedOlderFormatWritePutsThePreviousFileBack() {
+        QFETCH(QString, format);
+        FlowFixture f;
+        const QString noise = makeNoise(f, "noise.png", 400);
+        const QString output = f.outPath("noise." + format);
+        QVERIFY(writeOld(output, QByteArray(2000, 'o')));
+        const auto outBefore = snapshot(f.out.path());
+        f.open(noise);
+        QVERIFY(f.selectFormat(format));
+        QSignalSpy failed(f.controller.get(), &Controller::conversionFailed);
+        auto seen = std::make_shared<SeenQuestion>();
+        answerQuestions({"Yes"}, seen);
+        {
+            const FileSizeLimit limit(16 * 1024); // every one of them writes more for noise
+            f.controller->itsConvert->click();
+        }
+        QCOMPARE(seen->count, 1);
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(snapshot(f.out.path()), outBefore);
+        // And without the limit the same conversion replaces it.
+        answerQuestions({"Yes"}, seen);
+        f.controller->itsConvert->click();
+        QCOMPARE(seen->count, 2);
+        QVERIFY(snapshot(f.out.path()) != outBefore);
+        QVERIFY(QFileInfo(output).size() > 2000);
+    }
+
     // The same in a batch: the failure does not stop it, and the end summary names the file.
     void aBatchGoesOnPastAFailedWrite() {
         FlowFixture f;

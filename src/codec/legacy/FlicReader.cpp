@@ -1,6 +1,7 @@
 #include "codec/legacy/LegacyReaders.h"
 
 #include "codec/DecoderBackends.h"
+#include "codec/legacy/FfmpegQuiet.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -70,6 +71,7 @@ bool firstFrame(AVFormatContext* input, int streamIndex, AVCodecContext* decoder
 
 DecodedImage flicPicture(const QString& path) {
     using namespace DecoderBackends;
+    quietFfmpeg();
     const AVInputFormat* flic = av_find_input_format("flic");
     if (!flic)
         return {};

@@ -1,6 +1,7 @@
 #include "codec/legacy/LegacyWriters.h"
 
 #include "codec/RasterWriters.h"
+#include "codec/legacy/FfmpegQuiet.h"
 
 #include <QFileDevice>
 
@@ -99,6 +100,7 @@ int16_t writeMovie(const QImage& input, QFileDevice& file) {
     // A track's size is 16.16 fixed point.
     if (input.width() > kMaxSide16 || input.height() > kMaxSide16)
         return kEncoderFailed;
+    quietFfmpeg();
     const AVCodec* png = avcodec_find_encoder(AV_CODEC_ID_PNG);
     if (!png)
         return kNoEncoder;

@@ -6,6 +6,7 @@
 #include "FlowFixture.h"
 #include "ModalAnswer.h"
 
+#include "codec/RasterWriters.h"
 #include "export/FormatTable.h"
 
 #include <QCryptographicHash>
@@ -173,12 +174,12 @@ private slots:
         QCOMPARE(seen->count, 1);
         QCOMPARE(failed.count(), 1);
         QCOMPARE(snapshot(f.out.path()), outBefore);
-        // And without the limit the same conversion replaces it.
-        answerQuestions({"Yes"}, seen);
-        f.controller->itsConvert->click();
-        QCOMPARE(seen->count, 2);
+        // And without the limit the same writer replaces it.
+        QImage picture(400, 400, QImage::Format_RGB32);
+        picture.fill(Qt::gray);
+        const int16_t status = writeRaster(picture, output, gformats[formatIndexForCode(format)], 72);
+        QCOMPARE(status, int16_t(0));
         QVERIFY(snapshot(f.out.path()) != outBefore);
-        QVERIFY(QFileInfo(output).size() > 2000);
     }
 
     // The same in a batch: the failure does not stop it, and the end summary names the file.

@@ -210,6 +210,10 @@ private slots:
                                        << "PNGf";
         QTest::newRow("full disk, Magick") << "/dev/full"
                                            << "TPIC";
+        QTest::newRow("full disk, movie") << "/dev/full"
+                                          << "MooV";
+        QTest::newRow("full disk, own writer") << "/dev/full"
+                                               << "FLC ";
         QTest::newRow("empty path") << QString() << "TIFF";
         // Read-only even for root, so that the row means something in any account.
         QTest::newRow("read-only file, Qt") << "/proc/version"
@@ -311,9 +315,9 @@ private slots:
         QVERIFY(!QFile::exists(dir.filePath("unmade.PNGf")));
 
         // A format without encoder, and an index out of the table.
-        const QString movie = dir.filePath(QStringLiteral("flow.MooV"));
+        const QString movie = dir.filePath(QStringLiteral("flow.PICS"));
         makeFile(movie, QByteArray());
-        QVERIFY(controller.convertAndSave(picture, movie, 0) != 0);
+        QVERIFY(controller.convertAndSave(picture, movie, 1) != 0);
         QCOMPARE(contents(movie), QByteArray());
         QVERIFY(controller.convertAndSave(picture, movie, -1) != 0);
         controller.itsDpiCombo = nullptr;

@@ -55,8 +55,8 @@ QImage fromPalette(const QuantisedPicture& q) {
     QImage out(q.width, q.height, QImage::Format_RGB32);
     for (int y = 0; y < q.height; ++y)
         for (int x = 0; x < q.width; ++x)
-            out.setPixel(x, y, q.palette[q.indices[size_t(y) * size_t(q.width) + size_t(x)]] |
-                                   0xFF000000u);
+            out.setPixel(
+                x, y, q.palette[q.indices[size_t(y) * size_t(q.width) + size_t(x)]] | 0xFF000000u);
     return out;
 }
 

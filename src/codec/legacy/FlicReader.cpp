@@ -111,9 +111,8 @@ DecodedImage flicPicture(const QString& path) {
     if (image.isNull())
         return {};
     // Little-endian RGB32 is B, G, R, A in memory.
-    SwsContext* scaler =
-        sws_getContext(w, h, AVPixelFormat(frame.p->format), w, h, AV_PIX_FMT_BGRA, SWS_POINT,
-                       nullptr, nullptr, nullptr);
+    SwsContext* scaler = sws_getContext(w, h, AVPixelFormat(frame.p->format), w, h, AV_PIX_FMT_BGRA,
+                                        SWS_POINT, nullptr, nullptr, nullptr);
     if (!scaler)
         return {};
     uint8_t* planes[4] = {image.bits(), nullptr, nullptr, nullptr};

@@ -48,8 +48,8 @@ QByteArray byteRunChunk(const QuantisedPicture& picture) {
     for (int y = 0; y < picture.height; ++y) {
         // The packet count byte of the older format: readers of FLC go by the width instead.
         b.u8(0);
-        chunk.append(flicByteRun(picture.indices.data() + size_t(y) * size_t(picture.width),
-                                 picture.width));
+        chunk.append(
+            flicByteRun(picture.indices.data() + size_t(y) * size_t(picture.width), picture.width));
     }
     if (chunk.size() % 2)
         b.u8(0); // chunks start on even offsets
@@ -79,28 +79,28 @@ int16_t writeFlic(const QImage& input, QIODevice& file) {
     LittleEndianBytes h{head};
     h.u32(uint32_t(fileSize));
     h.u16(kFlcMagic);
-    h.u16(1);                           // frames
+    h.u16(1); // frames
     h.u16(uint32_t(quantised.width));
     h.u16(uint32_t(quantised.height));
-    h.u16(8);                           // bits a pixel
-    h.u16(3);                           // flags: written completely
-    h.u32(1000 / 12);                   // milliseconds a frame
+    h.u16(8);         // bits a pixel
+    h.u16(3);         // flags: written completely
+    h.u32(1000 / 12); // milliseconds a frame
     h.u16(0);
-    h.u32(0);                           // created (MS-DOS date), creator
+    h.u32(0); // created (MS-DOS date), creator
     h.u32(0);
-    h.u32(0);                           // updated, updater
+    h.u32(0); // updated, updater
     h.u32(0);
-    h.u16(1);                           // square pixels
+    h.u16(1); // square pixels
     h.u16(1);
-    h.zeros(38);                        // extension fields and reserved bytes
-    h.u32(kFileHeaderSize);             // offset of the first frame
+    h.zeros(38);                                  // extension fields and reserved bytes
+    h.u32(kFileHeaderSize);                       // offset of the first frame
     h.u32(uint32_t(kFileHeaderSize + frameSize)); // of the second: there is none, a loop ends here
     h.zeros(kFileHeaderSize - head.size());
 
     h.u32(uint32_t(frameSize));
     h.u16(kFrameType);
-    h.u16(2);                           // chunks
-    h.zeros(8);                         // delay, reserved, width and height overrides
+    h.u16(2);   // chunks
+    h.zeros(8); // delay, reserved, width and height overrides
     head.append(colours);
     head.append(rows);
     return file.write(head) == head.size() ? 0 : kWriteFailed;

@@ -157,9 +157,8 @@ int16_t writeMovie(const QImage& input, QFileDevice& file) {
         std::memcpy(frame.p->data[0] + ptrdiff_t(y) * frame.p->linesize[0],
                     picture.constScanLine(y), size_t(picture.width()) * 3);
     frame.p->pts = 0;
-    if (avcodec_send_frame(codec.p, frame.p) < 0 ||
-        drain(codec.p, out.p, stream, packet.p) < 0 || avcodec_send_frame(codec.p, nullptr) < 0 ||
-        drain(codec.p, out.p, stream, packet.p) < 0)
+    if (avcodec_send_frame(codec.p, frame.p) < 0 || drain(codec.p, out.p, stream, packet.p) < 0 ||
+        avcodec_send_frame(codec.p, nullptr) < 0 || drain(codec.p, out.p, stream, packet.p) < 0)
         return kEncoderFailed;
     if (av_write_trailer(out.p) < 0)
         return kWriteFailed;

@@ -69,13 +69,13 @@ QByteArray macBinaryHeader(const QString& name, uint32_t length) {
     b.u8(uint32_t(macName.size()));
     head.append(macName);
     b.zeros(63 - macName.size());
-    b.u32(0x504E5447); // 'PNTG'
-    b.u32(0x4D504E54); // 'MPNT'
-    b.zeros(83 - head.size()); // Finder flags, place in the window, folder, protection
-    b.u32(length);             // data fork
-    b.u32(0);                  // no resource fork
-    b.u32(now);                // created
-    b.u32(now);                // modified
+    b.u32(0x504E5447);          // 'PNTG'
+    b.u32(0x4D504E54);          // 'MPNT'
+    b.zeros(83 - head.size());  // Finder flags, place in the window, folder, protection
+    b.u32(length);              // data fork
+    b.u32(0);                   // no resource fork
+    b.u32(now);                 // created
+    b.u32(now);                 // modified
     b.zeros(122 - head.size()); // comment length, more Finder flags, unpacked length, no 2nd header
     b.u8(129);                  // MacBinary II, readable from version II on
     b.u8(129);
@@ -119,8 +119,8 @@ int16_t writePaint(const QImage& picture, QIODevice& file) {
     QByteArray out;
     out.reserve(kHeaderSize + kPaintHeight * (kRowBytes + 2));
     BigEndianBytes bytes{out};
-    bytes.u32(2);                     // version 2: the patterns below are the document's own
-    bytes.zeros(kHeaderSize - 4);     // 38 patterns of 8 bytes (all white) and the padding
+    bytes.u32(2);                 // version 2: the patterns below are the document's own
+    bytes.zeros(kHeaderSize - 4); // 38 patterns of 8 bytes (all white) and the padding
     for (int y = 0; y < kPaintHeight; ++y)
         // Format_Mono is most significant bit first, 1 for black: MacPaint's own layout.
         out.append(packBits(page.constScanLine(y), kRowBytes));

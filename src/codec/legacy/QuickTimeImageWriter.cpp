@@ -51,11 +51,11 @@ int16_t writeQuickTimeImage(const QImage& input, QIODevice& file, float dpi) {
     b.u32(QuickTimeImage::kJpegCodec);
     b.u32(0); // reserved
     b.u16(0);
-    b.u16(0); // data reference index
-    b.u16(0); // version
-    b.u16(0); // revision
-    b.u32(0); // vendor
-    b.u32(0); // temporal quality
+    b.u16(0);                                   // data reference index
+    b.u16(0);                                   // version
+    b.u16(0);                                   // revision
+    b.u32(0);                                   // vendor
+    b.u32(0);                                   // temporal quality
     b.u32(uint32_t(kJpegQuality) * 1024 / 100); // spatial quality, 0 to 1023
     b.u16(uint32_t(picture.width()));
     b.u16(uint32_t(picture.height()));

@@ -129,8 +129,8 @@ QByteArray shapeTag(int32_t width, int32_t height) {
     LittleEndianBytes b{body};
     b.u16(kShapeId);
     body.append(rect(width, height));
-    b.u8(1);      // one fill style:
-    b.u8(0x41);   // a clipped bitmap
+    b.u8(1);    // one fill style:
+    b.u8(0x41); // a clipped bitmap
     b.u16(kBitmapId);
     {
         Bits m; // its matrix: scale 20 (16.16 fixed), no turn, no shift
@@ -152,12 +152,12 @@ QByteArray shapeTag(int32_t width, int32_t height) {
     s.put(0, 4); // line index bits
     // Style change: move to (0, 0) and fill what lies on the edges' right with style 1.
     const int n = 1;
-    s.put(0, 1);     // a style change record
-    s.put(0, 1);     // no new styles
-    s.put(0, 1);     // no line style
-    s.put(1, 1);     // fill style 1
-    s.put(0, 1);     // no fill style 0
-    s.put(1, 1);     // move to
+    s.put(0, 1); // a style change record
+    s.put(0, 1); // no new styles
+    s.put(0, 1); // no line style
+    s.put(1, 1); // fill style 1
+    s.put(0, 1); // no fill style 0
+    s.put(1, 1); // move to
     s.put(uint32_t(n), 5);
     s.putSigned(0, n);
     s.putSigned(0, n);

@@ -23,6 +23,8 @@ constexpr int kVersion = 8;
 constexpr uint16_t kEnd = 0, kShowFrame = 1, kDefineShape = 2, kSetBackgroundColor = 9,
                    kPlaceObject2 = 26, kDefineBitsLossless2 = 36;
 constexpr uint16_t kBitmapId = 1, kShapeId = 2;
+// On photographs zlib's level 3 packs as small as its default 6, in half the time.
+constexpr int kZlibLevel = 3;
 
 // SWF's bit fields: most significant bit first, padded to a byte at the end.
 class Bits {
@@ -116,7 +118,7 @@ bool bitmapTag(QByteArray& out, const QImage& picture) {
     const qsizetype at = body.size();
     body.resize(at + qsizetype(packedSize));
     if (compress2(reinterpret_cast<Bytef*>(body.data() + at), &packedSize, raw.data(),
-                  uLong(raw.size()), 6) != Z_OK)
+                  uLong(raw.size()), kZlibLevel) != Z_OK)
         return false;
     body.resize(at + qsizetype(packedSize));
     tag(out, kDefineBitsLossless2, body);

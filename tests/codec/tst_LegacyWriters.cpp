@@ -269,6 +269,29 @@ private slots:
         makeFile(bad, bytes);
         QVERIFY(!ImageDecoder::decode(bad).ok);
     }
+
+    void aLyingQuickTimeImageIsRefused() {
+        const QString good = path("lie.qtif");
+        QCOMPARE(writeRaster(testPicture(), good, code("qtif"), 72), int16_t(0));
+        const QByteArray bytes = contents(good);
+        const qsizetype idat = bytes.indexOf("idat") - 4;
+        // A data atom that runs past the end of the file.
+        QByteArray pastEnd = bytes;
+        qToBigEndian<quint32>(0xFFFFFFF0u, pastEnd.data() + idat);
+        makeFile(path("past-end.qtif"), pastEnd);
+        QVERIFY(!ImageDecoder::decode(path("past-end.qtif")).ok);
+        // A description of 65535 x 65535 pixels: beyond the limits, refused before decoding.
+        QByteArray huge = bytes;
+        qToBigEndian<quint16>(65535, huge.data() + 8 + 32);
+        qToBigEndian<quint16>(65535, huge.data() + 8 + 34);
+        makeFile(path("huge.qtif"), huge);
+        QVERIFY(!ImageDecoder::decode(path("huge.qtif")).ok);
+        // A payload that is not the codec the description names.
+        QByteArray png = bytes;
+        png.replace(12, 4, "png ");
+        makeFile(path("png.qtif"), png);
+        QVERIFY(!ImageDecoder::decode(path("png.qtif")).ok);
+    }
 };
 
 QTEST_MAIN(tst_LegacyWriters)

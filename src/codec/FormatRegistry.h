@@ -14,8 +14,8 @@
 
 // Everything the program knows of an image format, one row a format: the code it is offered
 // and saved under, the encoder that writes it, whether its pictures keep transparency, the
-// file-name suffixes it is read under, which reader reads it and how its header gives the
-// resolution. The output-format table, the writers' dispatch and the readable-types list are
+// file-name suffixes it is read under, which reader reads it (Qt, Magick or the program's own)
+// and how its header gives the resolution. The output-format table, the writers' dispatch and the readable-types list are
 // all derived from these rows; adding a format means adding a row and its reader or writer.
 
 // A four-character code as a big-endian 32-bit number ('JPEG', '.SGI').
@@ -64,7 +64,7 @@ constexpr Encoder kLegacy = Encoder::Legacy;
 
 // clang-format off
 inline constexpr FormatRow kRows[] = {
-  // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header
+  // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header  (own reader)
   {"MooV", fourCharCode("MooV"), kLegacy, "movie", nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"PICS", fourCharCode("PICS"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"SGI ", fourCharCode(".SGI"), kMagick, "SGI",   nullptr, true,  "sgi",                nullptr, "SGI",                      nullptr, nullptr},

@@ -1,7 +1,8 @@
 #pragma once
 
-// Private to the decoder chain (ImageDecoder.cpp, MagickDecoder.cpp, PdfDecoder.cpp): the
-// second and third links of the chain and the helpers they share with the first.
+// Private to the decoder chain (ImageDecoder.cpp, MagickDecoder.cpp, PdfDecoder.cpp and the
+// program's own readers in legacy/): the later links of the chain and the helpers they share
+// with the first.
 
 #include <QImage>
 #include <QSizeF>

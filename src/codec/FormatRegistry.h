@@ -13,8 +13,8 @@
 
 // Everything the program knows of an image format, one row a format: the code it is offered
 // and saved under, the encoder that writes it, whether its pictures keep transparency, the
-// file-name suffixes it is read under, which reader reads it and how its header gives the
-// resolution. The output-format table, the writers' dispatch and the readable-types list are
+// file-name suffixes it is read under, which reader reads it (Qt, Magick or the program's own)
+// and how its header gives the resolution. The output-format table, the writers' dispatch and the readable-types list are
 // all derived from these rows; adding a format means adding a row and its reader or writer.
 
 // A four-character code as a big-endian 32-bit number ('JPEG', '.SGI').
@@ -33,6 +33,7 @@ enum class Encoder {
     Webp,   // libwebp (ModernWriters.h)
     Heif,   // libheif, by `coder` as the compression ("HEIC", "AVIF")
     Jxl,    // libjxl
+    Legacy, // the program's writers of the older formats (codec/legacy/), by `coder`
 };
 
 // Who reads a format's files ahead of the general chain (Qt's readers, then Magick++): the
@@ -42,6 +43,8 @@ enum class OwnReader {
     Heif, // libheif: HEIC and AVIF
     Jxl,  // libjxl
     Raw,  // libraw: camera RAW, taken by suffix (the files share no signature)
+    QuickTimeImage, // the program's own (legacy/QuickTimeImage.h), by suffix
+    Flic, // FFmpeg's flic reader under the program's limits (legacy/LegacyReaders.h), by suffix
 };
 
 using HeaderDpiReader = std::optional<Dpi> (*)(QIODevice&);
@@ -72,11 +75,12 @@ using namespace HeaderReaders;
 constexpr Encoder kQt = Encoder::Qt;
 constexpr Encoder kMagick = Encoder::Magick;
 constexpr Encoder kNone = Encoder::None;
+constexpr Encoder kLegacy = Encoder::Legacy;
 
 // clang-format off
 inline constexpr FormatRow kRows[] = {
-  // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header            profile, metadata
-  {"MooV", fourCharCode("MooV"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header            profile, metadata, own reader
+  {"MooV", fourCharCode("MooV"), kLegacy, "movie", nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"PICS", fourCharCode("PICS"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"SGI ", fourCharCode(".SGI"), kMagick, "SGI",   nullptr, true,  "sgi",                nullptr, "SGI",                      nullptr, nullptr},
   {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr, nullptr, true, true},
@@ -85,13 +89,13 @@ inline constexpr FormatRow kRows[] = {
   {"GIF ", fourCharCode("GIF "), Encoder::Gif, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr, nullptr},
   {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget, true, true},
   {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr, true, true},
-  {"PNTG", fourCharCode("PNTG"), kNone,   nullptr, nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},
+  {"PNTG", fourCharCode("PNTG"), kLegacy, "paint", nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},
   {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi, nullptr, true, true},
   {"TPIC", fourCharCode("TPIC"), kMagick, "TGA",   nullptr, false, "tga",                "tga",   "TGA",                      nullptr, nullptr},
   {"qdgx", fourCharCode("qdgx"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
-  {"qtif", fourCharCode("qtif"), kNone,   nullptr, nullptr, true,  "",                   nullptr, nullptr,                    nullptr, nullptr},
-  {"FLC ", fourCharCode("FLC "), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
-  {"SWFL", fourCharCode("SWFL"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
+  {"qtif", fourCharCode("qtif"), kLegacy, "qtimage", nullptr, true, "qtif qti",          nullptr, nullptr,                    nullptr, nullptr, false, false, OwnReader::QuickTimeImage},
+  {"FLC ", fourCharCode("FLC "), kLegacy, "flic",  nullptr, false, "flc fli",            nullptr, nullptr,                    nullptr, nullptr, false, false, OwnReader::Flic},
+  {"SWFL", fourCharCode("SWFL"), kLegacy, "swf",   nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"PDF ", 0,                    Encoder::Pdf, nullptr, "pdf", false, "pdf",             nullptr, nullptr,                    nullptr, nullptr},
   {"EPS ", 0,                    Encoder::Eps, nullptr, "eps", false, "",                nullptr, nullptr,                    nullptr, nullptr},
   // Read only: formats whose Magick coders go by other names than their files' suffixes.

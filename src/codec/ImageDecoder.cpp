@@ -277,9 +277,9 @@ QStringList readableSuffixes() {
             add(QString::fromLatin1(format));
         for (const QString& suffix : magickSuffixes())
             add(suffix);
+        add(QStringLiteral("pdf"));
         for (const QString& suffix : FormatRegistry::ownReaderSuffixes())
             add(suffix);
-        add(QStringLiteral("pdf"));
         return list;
     }();
     return suffixes;

@@ -2,6 +2,7 @@
 
 #include "codec/DecodeLimits.h"
 #include "codec/DecoderBackends.h"
+#include "codec/legacy/LegacyReaders.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,9 +15,11 @@
 namespace ModernDecoders {
 
 OwnReader readerFor(const QString& path) {
+    // A trailing blank, as in the program's own "FLC " outputs, does not count.
     const OwnReader bySuffix =
-        FormatRegistry::ownReaderForSuffix(QFileInfo(path).suffix().toLower());
-    if (bySuffix == OwnReader::Raw)
+        FormatRegistry::ownReaderForSuffix(QFileInfo(path).suffix().trimmed().toLower());
+    if (bySuffix == OwnReader::Raw || bySuffix == OwnReader::QuickTimeImage ||
+        bySuffix == OwnReader::Flic)
         return bySuffix;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -45,6 +48,12 @@ DecodedImage decode(const QString& path, OwnReader reader, int maxSide) {
         break;
     case OwnReader::Raw:
         return rawDecode(path, maxSide); // fits its own preview
+    case OwnReader::QuickTimeImage:
+        result = LegacyReaders::quickTimeImagePicture(path);
+        break;
+    case OwnReader::Flic:
+        result = LegacyReaders::flicPicture(path);
+        break;
     case OwnReader::None:
         return DecodedImage{};
     }
@@ -65,6 +74,10 @@ QSizeF measure(const QString& path, OwnReader reader) {
         return jxlDecode(path, false).pointSize;
     case OwnReader::Raw:
         return rawMeasure(path);
+    case OwnReader::QuickTimeImage:
+        return LegacyReaders::quickTimeImagePicture(path).pointSize;
+    case OwnReader::Flic:
+        return LegacyReaders::flicPicture(path).pointSize;
     case OwnReader::None:
         break;
     }

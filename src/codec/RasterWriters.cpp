@@ -6,6 +6,7 @@
 #include "codec/MagickSupport.h"
 #include "codec/ModernWriters.h"
 #include "codec/SafeReplace.h"
+#include "codec/legacy/LegacyWriters.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -216,6 +217,8 @@ bool rasterWriterExists(uint32_t subtype) {
     case Encoder::Heif:
     case Encoder::Jxl:
         return modernEncoderExists(subtype);
+    case Encoder::Legacy:
+        return LegacyWriters::exists(row->coder);
     default:
         return false;
     }
@@ -246,6 +249,10 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         case Encoder::Heif:
         case Encoder::Jxl:
             return writeModern(pixels, path, subtype, dpi, carried, source);
+        case Encoder::Legacy:
+            return writeThrough(path, [&](QSaveFile& file) {
+                return LegacyWriters::write(row->coder, pixels, file, dpi);
+            });
         default:
             return writeWithMagick(pixels, path, row->coder, dpi, row->holdsProfile, carried);
         }

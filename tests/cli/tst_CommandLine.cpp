@@ -140,6 +140,27 @@ private slots:
         }
     }
 
+    void convertsToAnOlderFormatByItsCode() {
+        // "flc" names "FLC ": the outputs keep the code's blank, and FFmpeg reads them.
+        QTemporaryDir out;
+        const Run r = run({"--convert", "flc", "--dest", out.path(), source("a.png")});
+        QCOMPARE(r.exitCode, 0);
+        const QString path = out.filePath("a.FLC ");
+        QVERIFY(QFile::exists(path));
+        QProcess probe;
+        probe.start("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-frames:v", "1", "-f",
+                               "rawvideo", "-pix_fmt", "rgb24", "-"});
+        QVERIFY(probe.waitForFinished(60000));
+        const QByteArray rgb = probe.readAllStandardOutput();
+        QCOMPARE(rgb.size(), qsizetype(40 * 20 * 3));
+        const auto at = [&](int x, int y) {
+            const auto* p = reinterpret_cast<const uchar*>(rgb.constData()) + (y * 40 + x) * 3;
+            return qRgb(p[0], p[1], p[2]);
+        };
+        QVERIFY(near(at(2, 10), Qt::red));
+        QVERIFY(near(at(37, 10), Qt::blue));
+    }
+
     void resolutionAndAngleChangeTheSize() {
         QTemporaryDir out;
         const Run r =

@@ -13,6 +13,8 @@
 #include <Magick++.h>
 
 #include <QBuffer>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QImageWriter>
 #include <QPainter>
 #include <QPdfWriter>
@@ -338,6 +340,20 @@ QList<Seed> primarySeeds() {
     return seeds;
 }
 
+// The bytes the program's own writer makes of the picture, for the formats only it writes
+// (QuickTime image, FLC); empty when the suffix has no such writer.
+QByteArray ownWriterBytes(const QImage& picture, const QString& suffix) {
+    const FormatRow* row = FormatRegistry::rowWithOwnReaderForSuffix(suffix);
+    if (!row || !rasterWriterExists(row->subtype))
+        return {};
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("seed"));
+    if (writeRaster(picture, path, row->subtype, 72) != 0)
+        return {};
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 QList<Seed> otherSeeds(const QStringList& readableSuffixes, const QStringList& covered) {
     const QImage rgb = testPicture();
     const QList<QByteArray> qtFormats = QImageWriter::supportedImageFormats();
@@ -348,6 +364,8 @@ QList<Seed> otherSeeds(const QStringList& readableSuffixes, const QStringList& c
         QByteArray bytes;
         if (qtFormats.contains(suffix.toLatin1())) {
             bytes = qtBytes(rgb, suffix.toLatin1().constData());
+        } else if (const QByteArray own = ownWriterBytes(rgb, suffix); !own.isEmpty()) {
+            bytes = own;
         } else {
             QByteArray coder = FormatRegistry::magickCoderForSuffix(suffix);
             if (coder.isEmpty())

@@ -9,6 +9,7 @@
 #include "view/wmfImageView.h"
 
 #include <QAction>
+#include <QProcess>
 #include <QThread>
 
 #include <atomic>
@@ -192,6 +193,27 @@ private slots:
         QCOMPARE(FlowFixture::readBackSize(f.outPath("a.PNGf")), QSize(64, 48));
         QCOMPARE(QFileInfo(f.outPath("b.PNGf")).size(), 0);
         QCOMPARE(FlowFixture::readBackSize(f.outPath("c.PNGf")), QSize(64, 48));
+    }
+
+    void batchToAnOlderFormat() {
+        // Convert All offers the older formats through the same table: a movie a file.
+        FlowFixture f;
+        f.makeImage("a.jpg");
+        f.makeImage("b.jpg", 80, 60);
+        f.open(f.sources.path() + "/a.jpg");
+        QVERIFY(f.selectFormat("MooV"));
+        f.controller->itsConvertAll->click();
+        QTRY_VERIFY(idle(f));
+        QCOMPARE(QDir(f.out.path()).entryList(QDir::Files), QStringList({"a.MooV", "b.MooV"}));
+        for (const auto& [name, size] : {std::pair{"a.MooV", "width=64\nheight=48"},
+                                         std::pair{"b.MooV", "width=80\nheight=60"}}) {
+            QProcess probe;
+            probe.start("ffprobe", {"-v", "error", "-show_entries", "stream=codec_name,width,height",
+                                    "-of", "default=nw=1", f.outPath(name)});
+            QVERIFY(probe.waitForFinished(60000));
+            const QString info = QString::fromUtf8(probe.readAllStandardOutput());
+            QVERIFY2(info.contains("codec_name=png") && info.contains(size), qPrintable(info));
+        }
     }
 
     void epsBatchWritesOneFilePerSource() {

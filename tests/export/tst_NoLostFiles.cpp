@@ -6,6 +6,7 @@
 #include "FlowFixture.h"
 #include "ModalAnswer.h"
 
+#include "codec/RasterWriters.h"
 #include "export/FormatTable.h"
 
 #include <QCryptographicHash>
@@ -146,6 +147,39 @@ private slots:
         QCOMPARE(snapshot(f.out.path()), outBefore);
         QCOMPARE(snapshot(f.sources.path()), sourcesBefore);
         QVERIFY(f.controller->itsMainWindow->statusBar()->currentMessage().contains("noise.PNGf"));
+    }
+
+    // The same for the older formats' writers: each writes through the same save file.
+    void aFailedOlderFormatWritePutsThePreviousFileBack_data() {
+        QTest::addColumn<QString>("format");
+        for (const char* c : {"MooV", "PNTG", "qtif", "FLC ", "SWFL"})
+            QTest::newRow(c) << QString::fromLatin1(c);
+    }
+    void aFailedOlderFormatWritePutsThePreviousFileBack() {
+        QFETCH(QString, format);
+        FlowFixture f;
+        const QString noise = makeNoise(f, "noise.png", 400);
+        const QString output = f.outPath("noise." + format);
+        QVERIFY(writeOld(output, QByteArray(2000, 'o')));
+        const auto outBefore = snapshot(f.out.path());
+        f.open(noise);
+        QVERIFY(f.selectFormat(format));
+        QSignalSpy failed(f.controller.get(), &Controller::conversionFailed);
+        auto seen = std::make_shared<SeenQuestion>();
+        answerQuestions({"Yes"}, seen);
+        {
+            const FileSizeLimit limit(16 * 1024); // every one of them writes more for noise
+            f.controller->itsConvert->click();
+        }
+        QCOMPARE(seen->count, 1);
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(snapshot(f.out.path()), outBefore);
+        // And without the limit the same writer replaces it.
+        QImage picture(400, 400, QImage::Format_RGB32);
+        picture.fill(Qt::gray);
+        const int16_t status = writeRaster(picture, output, gformats[formatIndexForCode(format)], 72);
+        QCOMPARE(status, int16_t(0));
+        QVERIFY(snapshot(f.out.path()) != outBefore);
     }
 
     // The same in a batch: the failure does not stop it, and the end summary names the file.

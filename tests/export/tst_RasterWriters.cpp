@@ -113,9 +113,10 @@ private slots:
     void existence_data() {
         QTest::addColumn<QString>("subtype");
         QTest::addColumn<bool>("exists");
-        for (const char* c : {"BMPf", "JPEG", "PNGf", "TIFF", "GIF ", "8BPS", ".SGI", "TPIC"})
+        for (const char* c : {"BMPf", "JPEG", "PNGf", "TIFF", "GIF ", "8BPS", ".SGI", "TPIC", "MooV",
+                              "PNTG", "qtif", "FLC ", "SWFL"})
             QTest::newRow(c) << QString::fromLatin1(c) << true;
-        for (const char* c : {"MooV", "PICS", "FPix", "PNTG", "qdgx", "qtif", "FLC ", "SWFL"})
+        for (const char* c : {"PICS", "FPix", "qdgx"})
             QTest::newRow(c) << QString::fromLatin1(c) << false;
         QTest::newRow("SGI without the dot") << QStringLiteral("SGI ") << false;
     }
@@ -209,6 +210,10 @@ private slots:
                                        << "PNGf";
         QTest::newRow("full disk, Magick") << "/dev/full"
                                            << "TPIC";
+        QTest::newRow("full disk, movie") << "/dev/full"
+                                          << "MooV";
+        QTest::newRow("full disk, own writer") << "/dev/full"
+                                               << "FLC ";
         QTest::newRow("empty path") << QString() << "TIFF";
         // Read-only even for root, so that the row means something in any account.
         QTest::newRow("read-only file, Qt") << "/proc/version"
@@ -310,9 +315,9 @@ private slots:
         QVERIFY(!QFile::exists(dir.filePath("unmade.PNGf")));
 
         // A format without encoder, and an index out of the table.
-        const QString movie = dir.filePath(QStringLiteral("flow.MooV"));
+        const QString movie = dir.filePath(QStringLiteral("flow.PICS"));
         makeFile(movie, QByteArray());
-        QVERIFY(controller.convertAndSave(picture, movie, 0) != 0);
+        QVERIFY(controller.convertAndSave(picture, movie, 1) != 0);
         QCOMPARE(contents(movie), QByteArray());
         QVERIFY(controller.convertAndSave(picture, movie, -1) != 0);
         controller.itsDpiCombo = nullptr;

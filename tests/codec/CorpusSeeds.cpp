@@ -343,7 +343,11 @@ QList<Seed> primarySeeds() {
 // The bytes the program's own writer makes of the picture, for the formats only it writes
 // (QuickTime image, FLC); empty when the suffix has no such writer.
 QByteArray ownWriterBytes(const QImage& picture, const QString& suffix) {
-    const FormatRow* row = FormatRegistry::rowWithOwnReaderForSuffix(suffix);
+    const FormatRow* row = nullptr;
+    for (const FormatRow& candidate : FormatRegistry::kRows)
+        if (candidate.encoder == Encoder::Legacy &&
+            QString::fromLatin1(candidate.suffixes).split(' ').contains(suffix))
+            row = &candidate;
     if (!row || !rasterWriterExists(row->subtype))
         return {};
     QTemporaryDir dir;

@@ -5,6 +5,8 @@
 #include "app/Translations.h"
 
 #include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QTabWidget>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>

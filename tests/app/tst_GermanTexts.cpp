@@ -3,6 +3,7 @@
 
 #include "app/Controller.h"
 #include "app/Translations.h"
+#include "about/HelpBook.h"
 
 #include <QDialogButtonBox>
 #include <QLineEdit>
@@ -27,6 +28,7 @@ class tst_GermanTexts : public QObject {
 
 private slots:
     void initTestCase() {
+        Q_INIT_RESOURCE(resources); // the pictures and pages live in the static core library
         QVERIFY(home.isValid());
         qputenv("HOME", home.path().toUtf8());
         qputenv("XDG_CONFIG_HOME", (home.path() + "/.config").toUtf8());
@@ -46,6 +48,18 @@ private slots:
         QCOMPARE(c.itsConvertAll->text(), QStringLiteral("Alle umwandeln"));
         QCOMPARE(c._tabView->tabText(1), QStringLiteral("Bilderliste"));
         QCOMPARE(c.itsSrcFileName->placeholderText(), QStringLiteral("Kein Bild"));
+    }
+
+    // The links text under the controls and the help pages come in German too.
+    void linksAndHelpAreGerman() {
+        Controller c;
+        QVERIFY(c.textToScroll().contains("Fragen Sie den Ormidon-Support"));
+        QVERIFY(!c.textToScroll().contains("{site}"));
+        QFile page(HelpBook::shippedFolder() + "/converting.htm");
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(page.readAll());
+        QVERIFY(text.contains("<h1>Umwandeln</h1>"));
+        QVERIFY(text.contains("Alle umwandeln"));
     }
 
     // Qt's own texts: the standard buttons of a dialog.

@@ -1,17 +1,17 @@
 // The window in a German session: Ormidon's own texts from its German translation, and Qt's
 // standard dialog buttons from Qt's. The test runs with LANG=de_DE.UTF-8 and LANGUAGE=de.
 
+#include "about/HelpBook.h"
 #include "app/Controller.h"
 #include "app/Translations.h"
-#include "about/HelpBook.h"
 
 #include <QDialogButtonBox>
 #include <QLineEdit>
-#include <QTabWidget>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QtTest>
 

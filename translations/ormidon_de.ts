@@ -90,6 +90,10 @@
         <source>%1 was not written: %2</source>
         <translation>%1 wurde nicht geschrieben: %2</translation>
     </message>
+    <message>
+        <source>Leave the sources&apos; EXIF, XMP and IPTC (camera, date, place) out.</source>
+        <translation>EXIF, XMP und IPTC der Quellen (Kamera, Datum, Ort) weglassen.</translation>
+    </message>
 </context>
 <context>
     <name>Controller</name>
@@ -311,6 +315,14 @@
     <message>
         <source>There is not enough memory to write the picture.</source>
         <translation>Der Speicher reicht nicht, um das Bild zu schreiben.</translation>
+    </message>
+    <message>
+        <source>Leave out metadata (camera, date, place)</source>
+        <translation>Metadaten weglassen (Kamera, Datum, Ort)</translation>
+    </message>
+    <message>
+        <source>Converted files keep no EXIF, XMP or IPTC of their source: for pictures shared with others</source>
+        <translation>Umgewandelte Dateien behalten kein EXIF, XMP oder IPTC ihrer Quelle: für Bilder, die Sie mit anderen teilen</translation>
     </message>
 </context>
 <context>

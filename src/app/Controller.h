@@ -62,6 +62,7 @@ public:
     QPointer<QLineEdit> itsSrcFileName;
     QPointer<QLineEdit> itsDstFileName;
     QPointer<QCheckBox> itsBatch;
+    QPointer<QCheckBox> itsStripMetadata; // outputs leave out EXIF, XMP and IPTC
     QPointer<QPushButton> itsPrev;
     QPointer<QPushButton> itsNext;
     QPointer<QPushButton> itsConvert;
@@ -199,6 +200,7 @@ public:
         int degrees = 0;
         QString destFolder;
         bool overwrite = false;
+        bool stripMetadata = false;
     };
     std::optional<UnattendedConversion> unattended;
 

@@ -1,4 +1,4 @@
-// The preferences file: six settings kept between runs in an old-style property list at
+// The preferences file: seven settings kept between runs in an old-style property list at
 // ~/Library/Preferences/zel.pref. Read once while the window starts, written once at shutdown.
 
 #include "app/Controller.h"
@@ -25,6 +25,7 @@ const QString keyAngle = QStringLiteral("angle");
 const QString keySource = QStringLiteral("srcLocation");
 const QString keyDestination = QStringLiteral("dstLocation");
 const QString keyFillList = QStringLiteral("fillList");
+const QString keyStripMetadata = QStringLiteral("stripMetadata");
 
 // The file's bytes as text. The file is written as ASCII; a hand-edited one in UTF-8 is read
 // as such, and any other bytes are taken one character each, so nothing fails to decode.
@@ -89,6 +90,9 @@ bool Controller::readPrefFile() {
             const QSignalBlocker blocker(itsBatch.data());
             itsBatch->setChecked(leadingIntValue(*it) != 0);
         }
+        if (auto it = prefs->constFind(keyStripMetadata);
+            it != prefs->cend() && itsStripMetadata)
+            itsStripMetadata->setChecked(leadingIntValue(*it) != 0);
     }
 
     // The angle goes to both rotation controls whether or not there was a file. Their
@@ -112,6 +116,8 @@ void Controller::writePrefFile() {
     prefs.insert(keySource, itsSrcFileName ? itsSrcFileName->text() : QString());
     prefs.insert(keyDestination, itsDstFileName ? itsDstFileName->text() : QString());
     prefs.insert(keyFillList, QString::number(itsBatch && itsBatch->isChecked() ? 1 : 0));
+    prefs.insert(keyStripMetadata,
+                 QString::number(itsStripMetadata && itsStripMetadata->isChecked() ? 1 : 0));
 
     // The writer's text is pure ASCII, so Latin-1 bytes are ASCII bytes.
     const QByteArray bytes = PropertyList::writeDictionary(prefs).toLatin1();

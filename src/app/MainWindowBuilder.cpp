@@ -167,6 +167,11 @@ void Controller::loadMainWindow() {
     itsBatch = named(new QCheckBox(tr("Fill the image list from the whole folder"), drawer),
                      "itsBatch", 8);
     form->addRow(itsBatch);
+    itsStripMetadata = named(new QCheckBox(tr("Leave out metadata (camera, date, place)"), drawer),
+                             "itsStripMetadata");
+    itsStripMetadata->setToolTip(tr("Converted files keep no EXIF, XMP or IPTC of their source: "
+                                    "for pictures shared with others"));
+    form->addRow(itsStripMetadata);
     drawer->setMinimumWidth(0);
     columns->addWidget(drawer);
 

@@ -70,7 +70,7 @@ int usageError(const QString& message) {
 }
 
 void CommandLineOptions::addTo(QCommandLineParser& parser) const {
-    parser.addOptions({convert, dpi, angle, dest, overwrite, skip, listFormats});
+    parser.addOptions({convert, dpi, angle, dest, overwrite, skip, stripMetadata, listFormats});
 }
 
 QString commandLineExitHelp() {
@@ -120,6 +120,7 @@ int runCommandLine(const QCommandLineParser& parser, const CommandLineOptions& o
         return usageError(QCoreApplication::translate("CommandLine",
                                                       "--overwrite and --skip exclude each other"));
     request.overwrite = parser.isSet(options.overwrite);
+    request.stripMetadata = parser.isSet(options.stripMetadata);
 
     const QString dest =
         parser.isSet(options.dest) ? parser.value(options.dest) : QDir::currentPath();

@@ -34,6 +34,10 @@ struct CommandLineOptions {
         "overwrite", QCoreApplication::translate("CommandLine", "Replace existing outputs.")};
     QCommandLineOption skip{
         "skip", QCoreApplication::translate("CommandLine", "Keep existing outputs (the default).")};
+    QCommandLineOption stripMetadata{
+        "strip-metadata",
+        QCoreApplication::translate(
+            "CommandLine", "Leave the sources' EXIF, XMP and IPTC (camera, date, place) out.")};
     QCommandLineOption listFormats{
         "list-formats",
         QCoreApplication::translate("CommandLine", "List the formats read and written.")};

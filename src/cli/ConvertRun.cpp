@@ -101,8 +101,9 @@ int runConversion(const ConvertRequest& request) {
     clock.start();
 
     Controller controller; // no window: the settings come from the request
-    controller.unattended = Controller::UnattendedConversion{request.dpi, request.degrees,
-                                                             request.destFolder, request.overwrite};
+    controller.unattended = Controller::UnattendedConversion{
+        request.dpi, request.degrees, request.destFolder, request.overwrite,
+        request.stripMetadata};
 
     Progress listing(0);
     const QStringList files = imagesOf(controller, request.paths, listing);

@@ -11,6 +11,7 @@ struct ConvertRequest {
     int degrees = 0;
     QString destFolder; // absolute, existing
     bool overwrite = false;
+    bool stripMetadata = false; // outputs keep no EXIF, XMP or IPTC
     QStringList paths;
 };
 

@@ -47,6 +47,10 @@ struct FormatRow {
     const char* magickCoders;  // Magick coders that read it ("JPEG JPG PJPEG"), else nullptr
     HeaderDpiReader headerDpi; // resolution from the header alone; nullptr: from the decode
     HeaderCheck headerCheck;   // false for a header too costly to parse; nullptr: no check
+    // What an output of the format carries beside its pixels: an ICC profile (else its pixels
+    // are converted to sRGB), and EXIF, XMP and IPTC (see ImageMetadata.h).
+    bool holdsProfile = false;
+    bool holdsMetadata = false;
 };
 
 namespace FormatRegistry {
@@ -58,18 +62,18 @@ constexpr Encoder kNone = Encoder::None;
 
 // clang-format off
 inline constexpr FormatRow kRows[] = {
-  // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header
+  // code    subtype               encoder  coder  ext    transp. suffixes               Qt      Magick                      header            profile, metadata
   {"MooV", fourCharCode("MooV"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"PICS", fourCharCode("PICS"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"SGI ", fourCharCode(".SGI"), kMagick, "SGI",   nullptr, true,  "sgi",                nullptr, "SGI",                      nullptr, nullptr},
-  {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr, nullptr},
+  {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr, nullptr, true, true},
   {"BMPf", fourCharCode("BMPf"), kQt,     "bmp",   nullptr, false, "bmp dib",            "bmp",   "BMP BMP2 BMP3",            bmpDpi, nullptr},
   {"FPix", fourCharCode("FPix"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"GIF ", fourCharCode("GIF "), Encoder::Gif, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr, nullptr},
-  {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget},
-  {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr},
+  {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget, true, true},
+  {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr, true, true},
   {"PNTG", fourCharCode("PNTG"), kNone,   nullptr, nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},
-  {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi, nullptr},
+  {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi, nullptr, true, true},
   {"TPIC", fourCharCode("TPIC"), kMagick, "TGA",   nullptr, false, "tga",                "tga",   "TGA",                      nullptr, nullptr},
   {"qdgx", fourCharCode("qdgx"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"qtif", fourCharCode("qtif"), kNone,   nullptr, nullptr, true,  "",                   nullptr, nullptr,                    nullptr, nullptr},

@@ -3,6 +3,7 @@
 #include <QFileInfo>
 
 #include <QBuffer>
+#include <QColorSpace>
 #include <QFile>
 #include <QImageReader>
 #include <QTransform>
@@ -15,6 +16,7 @@
 #include <optional>
 
 #include "codec/DecodeLimits.h"
+#include "codec/ColourProfiles.h"
 #include "codec/DecoderBackends.h"
 #include "codec/ExifThumbnail.h"
 #include "codec/FormatRegistry.h"
@@ -108,14 +110,20 @@ QSize orientedSize(const QImageReader& reader, QSize size) {
                : size;
 }
 
-// Turns a picture the way a reader's automatic transformation would (the EXIF orientation).
+// Turns a picture the way a reader's automatic transformation would (the EXIF orientation),
+// keeping its colour space, which Qt's own turning leaves behind.
 QImage transformedAs(QImage image, QImageIOHandler::Transformations how) {
-    if (how == QImageIOHandler::TransformationRotate270)
-        return image.transformed(QTransform().rotate(270));
-    image.mirror(how.testFlag(QImageIOHandler::TransformationMirror),
-                 how.testFlag(QImageIOHandler::TransformationFlip));
-    if (how.testFlag(QImageIOHandler::TransformationRotate90))
-        image = image.transformed(QTransform().rotate(90));
+    const QColorSpace space = image.colorSpace();
+    if (how == QImageIOHandler::TransformationRotate270) {
+        image = image.transformed(QTransform().rotate(270));
+    } else {
+        image.mirror(how.testFlag(QImageIOHandler::TransformationMirror),
+                     how.testFlag(QImageIOHandler::TransformationFlip));
+        if (how.testFlag(QImageIOHandler::TransformationRotate90))
+            image = image.transformed(QTransform().rotate(90));
+    }
+    if (image.colorSpace() != space)
+        image.setColorSpace(space);
     return image;
 }
 
@@ -143,9 +151,14 @@ QImage embeddedThumbnail(const QString& path, const QImageReader& reader, QSize 
     QImage image;
     if (!small.read(&image) || image.isNull())
         return {};
-    return transformedAs(image.scaled(size.scaled(maxSide, maxSide, Qt::KeepAspectRatio),
-                                      Qt::IgnoreAspectRatio, Qt::SmoothTransformation),
-                         reader.transformation());
+    // The camera made the thumbnail from the same pixels and stored no profile of its own:
+    // it is in the main picture's colour space.
+    if (!file.seek(0))
+        return {};
+    image.setColorSpace(QColorSpace::fromIccProfile(ColourProfiles::jpegIccProfile(file)));
+    image = image.scaled(size.scaled(maxSide, maxSide, Qt::KeepAspectRatio), Qt::IgnoreAspectRatio,
+                         Qt::SmoothTransformation);
+    return transformedAs(std::move(image), reader.transformation());
 }
 
 // A picture fitted within maxSide x maxSide pixels, never enlarged.
@@ -189,10 +202,13 @@ Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide = 0) {
         reader.setScaledSize(stored.scaled(maxSide, maxSide, Qt::KeepAspectRatio));
     }
     QImage image;
+    // Turned here rather than by the reader: Qt's turning drops the picture's colour space.
+    reader.setAutoTransform(false);
     if (!reader.read(&image) || image.isNull())
         return Outcome::Failed;
     if (!withinLimits(image.width(), image.height()))
         return Outcome::Refused; // a reader that gave more than its header said
+    image = transformedAs(std::move(image), reader.transformation());
     if (maxSide > 0) {
         out.image = normalised(fittedWithin(std::move(image), maxSide));
         out.ok = true;
@@ -275,11 +291,8 @@ static bool isRegularFile(const QString& path) {
     return info.isFile() && info.isReadable();
 }
 
-DecodedImage decode(const QString& path) {
-    return decodeScaled(path, 0);
-}
-
-DecodedImage decodeScaled(const QString& path, int maxSide) {
+// The decoder chain, with the picture in the colour space its file declares.
+static DecodedImage decodeInSourceColours(const QString& path, int maxSide) {
     if (!isRegularFile(path))
         return DecodedImage{};
     maxSide = std::max(maxSide, 0); // 0: the whole picture
@@ -300,6 +313,21 @@ DecodedImage decodeScaled(const QString& path, int maxSide) {
         result.image = normalised(fittedWithin(std::move(result.image), maxSide));
         result.pointSize = QSizeF();
     }
+    return result;
+}
+
+DecodedImage decode(const QString& path, Colours colours) {
+    DecodedImage result = decodeInSourceColours(path, 0);
+    if (result.ok && colours == Colours::Display)
+        ColourProfiles::toSrgb(result.image);
+    return result;
+}
+
+DecodedImage decodeScaled(const QString& path, int maxSide) {
+    // A thumbnail is scaled before it is converted: the conversion then costs next to nothing.
+    DecodedImage result = decodeInSourceColours(path, maxSide);
+    if (result.ok)
+        ColourProfiles::toSrgb(result.image);
     return result;
 }
 

@@ -12,7 +12,8 @@
 
 struct DecodedImage {
     bool ok = false;
-    QImage image;     // RGB32, or ARGB32_Premultiplied (alpha kept); grey may stay Grayscale8
+    QImage image;     // RGB32, or ARGB32_Premultiplied (alpha kept); grey may stay Grayscale8.
+                      // Its colorSpace() is the one the file declares, or sRGB once converted.
     QSizeF pointSize; // size in points: pixels, or pixels x 72 / dpi when the file records a dpi
 };
 
@@ -21,13 +22,18 @@ namespace ImageDecoder {
 // Lower-case file-name extensions the chain can read (jpg, jpeg, png, psd, pdf, ...), each once.
 QStringList readableSuffixes();
 
+// What a decode does with a picture whose file declares a colour space (an ICC profile):
+// Display converts it to sRGB, for the screen and for what is computed from what the screen
+// shows; Source keeps the file's pixels and colour space, for an export that can carry them.
+enum class Colours { Display, Source };
+
 // Decodes the whole file, EXIF orientation applied.
-DecodedImage decode(const QString& path);
+DecodedImage decode(const QString& path, Colours colours = Colours::Display);
 
 // The picture fitted within maxSide x maxSide pixels (never enlarged), for thumbnails: decoded
 // at that size where the format allows (JPEG by DCT scaling or from the EXIF thumbnail when that
 // is large enough, SVG and PDF drawn at that size), else decoded whole and scaled down. Same
-// limits and orientation as decode(); pointSize is left empty.
+// limits and orientation as decode(), converted for display; pointSize is left empty.
 DecodedImage decodeScaled(const QString& path, int maxSide);
 
 // The size in points without decoding the pixels where the format allows; an empty size when

@@ -3,6 +3,7 @@
 #include <Magick++.h>
 
 #include <QBuffer>
+#include <QColorSpace>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <exception>
 
+#include "codec/ColourProfiles.h"
 #include "codec/DecodeLimits.h"
 #include "codec/DecoderBackends.h"
 #include "codec/FormatRegistry.h"
@@ -152,6 +154,44 @@ QSizeF pointsOf(const Magick::Image& image) {
                                          dpiY);
 }
 
+// The picture's embedded ICC profile, at most ColourProfiles::kMaxProfileBytes long, or empty.
+QByteArray iccProfileOf(const Magick::Image& image) {
+    const Magick::Blob blob = image.iccColorProfile();
+    if (blob.length() == 0 || blob.length() > size_t(ColourProfiles::kMaxProfileBytes))
+        return {};
+    return QByteArray(static_cast<const char*>(blob.data()), qsizetype(blob.length()));
+}
+
+// Brings the picture's pixels into RGB and says in which colour space they then are: the one
+// of its own RGB profile when Qt can describe it, else sRGB, reached through Magick's colour
+// engine from the profile (a CMYK or lookup-table profile), or by Magick's plain formulas for
+// a picture with no profile at all (CMYK and the like).
+QColorSpace bringToRgb(Magick::Image& image) {
+    const QByteArray icc = iccProfileOf(image);
+    const Magick::ColorspaceType space = image.colorSpace();
+    const bool rgb = space == Magick::sRGBColorspace || space == Magick::RGBColorspace ||
+                     space == Magick::GRAYColorspace;
+    if (!icc.isEmpty()) {
+        const QColorSpace declared = QColorSpace::fromIccProfile(icc);
+        if (rgb && declared.isValid())
+            return declared;
+        try {
+            // Assigning a second profile converts the pixels from the first to it.
+            const QByteArray srgb = QColorSpace(QColorSpace::SRgb).iccProfile();
+            image.profile("ICC", Magick::Blob(srgb.constData(), size_t(srgb.size())));
+            if (image.colorSpace() != Magick::sRGBColorspace &&
+                image.colorSpace() != Magick::GRAYColorspace)
+                image.colorSpace(Magick::sRGBColorspace);
+            return QColorSpace(QColorSpace::SRgb);
+        } catch (const Magick::Exception&) {
+            // A profile Magick's colour engine rejects: the plain formulas below.
+        }
+    }
+    if (!rgb)
+        image.colorSpace(Magick::sRGBColorspace); // CMYK and the like, shown as RGB
+    return QColorSpace();
+}
+
 bool quarterTurned(Magick::OrientationType orientation) {
     return orientation >= Magick::LeftTopOrientation;
 }
@@ -187,10 +227,7 @@ DecodedImage magickDecode(const QString& path) {
             return result;
         if (image.orientation() > Magick::TopLeftOrientation)
             image.autoOrient();
-        const Magick::ColorspaceType space = image.colorSpace();
-        if (space != Magick::sRGBColorspace && space != Magick::RGBColorspace &&
-            space != Magick::GRAYColorspace)
-            image.colorSpace(Magick::sRGBColorspace); // CMYK and the like, shown as RGB
+        const QColorSpace colours = bringToRgb(image);
         const bool alpha = image.matte();
         QImage raster(int(image.columns()), int(image.rows()),
                       alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
@@ -198,6 +235,7 @@ DecodedImage magickDecode(const QString& path) {
             return result;
         // Little-endian 32-bit ARGB is B, G, R, A in memory; rows are packed at 4 bytes a pixel.
         image.write(0, 0, image.columns(), image.rows(), "BGRA", Magick::CharPixel, raster.bits());
+        raster.setColorSpace(colours);
         result.pointSize = pointsOf(image);
         result.image = normalised(std::move(raster));
         result.ok = true;

@@ -1,11 +1,14 @@
 #include "codec/RasterWriters.h"
 
+#include "codec/ColourProfiles.h"
 #include "codec/FormatRegistry.h"
 #include "codec/GifWriter.h"
 #include "codec/MagickSupport.h"
 #include "codec/SafeReplace.h"
 
+#include <QBuffer>
 #include <QByteArray>
+#include <QColorSpace>
 #include <QImageWriter>
 #include <QObject>
 #include <QSaveFile>
@@ -65,11 +68,31 @@ int16_t writeThrough(const QString& path, const std::function<int16_t(QSaveFile&
     return file.commit() ? 0 : kWriteFailed;
 }
 
-int16_t writeWithQt(const QImage& picture, const QString& path, const char* name, float dpi) {
+int16_t writeBytes(const QString& path, const QByteArray& bytes) {
+    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+        return file.write(bytes) == bytes.size() ? 0 : kWriteFailed;
+    });
+}
+
+int16_t writeWithQt(const QImage& picture, const QString& path, const char* name, float dpi,
+                    const ImageMetadata& metadata) {
     // Shares the pixels; a picture whose resolution is not yet recorded is copied here, so
     // callers that own a large picture record it first (recordResolution).
     QImage image = picture;
     recordResolution(image, dpi);
+    if (!metadata.isEmpty()) {
+        // The metadata goes into the encoded bytes in memory, so that the file on disk appears
+        // whole, with it, in one rename.
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        QImageWriter writer(&buffer, name);
+        if (!writer.write(image))
+            return kEncoderFailed;
+        QByteArray bytes = buffer.buffer();
+        buffer.close();
+        MetadataCarrier::embed(bytes, metadata); // a refusal leaves the picture without it
+        return writeBytes(path, bytes);
+    }
     return writeThrough(path, [&](QSaveFile& file) -> int16_t {
         // Straight into the file: the encoders stream their rows, so no second copy of the
         // encoded picture is held in memory.
@@ -99,7 +122,8 @@ MagickCore::Image* constitute(const QImage& argb) {
     return image;
 }
 
-int16_t writeWithMagick(const QImage& picture, const QString& path, const char* coder, float dpi) {
+int16_t writeWithMagick(const QImage& picture, const QString& path, const char* coder, float dpi,
+                        bool withProfile, const ImageMetadata& metadata) {
     ensureMagickInitialised();
     // Straight (not premultiplied) alpha, laid out B, G, R, A in memory on this little-endian
     // machine; Qt pads no 32-bit row, so the rows follow one another.
@@ -121,10 +145,19 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
             image.resolutionUnits(Magick::PixelsPerInchResolution);
             image.density(Magick::Geometry(size_t(std::lround(dpi)), size_t(std::lround(dpi))));
         }
+        const QByteArray icc = picture.colorSpace().iccProfile();
+        if (withProfile && !icc.isEmpty())
+            image.iccColorProfile(Magick::Blob(icc.constData(), size_t(icc.size())));
         image.write(&blob);
     } // the pixels go before the file is written
     if (blob.length() == 0)
         return kEncoderFailed;
+    if (!metadata.isEmpty()) {
+        QByteArray bytes(static_cast<const char*>(blob.data()), qsizetype(blob.length()));
+        blob = Magick::Blob();
+        MetadataCarrier::embed(bytes, metadata);
+        return writeBytes(path, bytes);
+    }
     return writeThrough(path, [&](QSaveFile& file) -> int16_t {
         const auto length = qint64(blob.length());
         return file.write(static_cast<const char*>(blob.data()), length) == length ? 0
@@ -170,7 +203,8 @@ bool rasterWriterExists(uint32_t subtype) {
     }
 }
 
-int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi) {
+int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
+                    const ImageMetadata& metadata) {
     if (!rasterWriterExists(subtype))
         return kNoEncoder;
     if (picture.isNull() || std::isnan(dpi))
@@ -178,14 +212,20 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
     if (path.isEmpty())
         return kCannotOpenFile;
     const FormatRow* row = FormatRegistry::rowForSubtype(subtype);
+    const ImageMetadata& carried = row->holdsMetadata ? metadata : ImageMetadata{};
     try {
+        // A format that cannot say in which colour space its pixels are gets sRGB pixels.
+        const QImage srgb = row->holdsProfile || !ColourProfiles::needsConversion(picture)
+                                ? QImage()
+                                : picture.convertedToColorSpace(QColorSpace(QColorSpace::SRgb));
+        const QImage& pixels = srgb.isNull() ? picture : srgb;
         switch (row->encoder) {
         case Encoder::Qt:
-            return writeWithQt(picture, path, row->coder, dpi);
+            return writeWithQt(pixels, path, row->coder, dpi, carried);
         case Encoder::Gif:
-            return writeThrough(path, [&](QSaveFile& file) { return writeGif(picture, file); });
+            return writeThrough(path, [&](QSaveFile& file) { return writeGif(pixels, file); });
         default:
-            return writeWithMagick(picture, path, row->coder, dpi);
+            return writeWithMagick(pixels, path, row->coder, dpi, row->holdsProfile, carried);
         }
     } catch (const std::bad_alloc&) {
         return kOutOfMemory;

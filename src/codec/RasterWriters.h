@@ -4,6 +4,8 @@
 #include <QString>
 #include <cstdint>
 
+#include "codec/ImageMetadata.h"
+
 // One encoder per raster subtype of the format table: BMPf, JPEG, PNGf and TIFF through Qt's
 // writers; 'GIF ' through the program's own (GifWriter.h); '8BPS' (Photoshop), '.SGI' and 'TPIC'
 // (Targa) through Magick++.
@@ -25,7 +27,11 @@ bool rasterWriterExists(uint32_t subtype);
 // otherwise (no encoder, no file, the encoder failed). The file at `path` is replaced only by a
 // complete new one (written beside it and renamed); on failure it stays as it was. No exception
 // escapes. Safe to call from any thread.
-int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi);
+// The picture's colour space goes with it as an ICC profile where the format holds one; other
+// formats get its pixels converted to sRGB. `metadata` (already adapted to the output, see
+// MetadataCarrier::forOutput) is written into formats that hold it, before the file appears.
+int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
+                    const ImageMetadata& metadata = {});
 
 // Records `dpi` in the picture's resolution fields, as the writers do. Done by the owner of a
 // large picture before handing it over, so that the writer's own recording copies nothing.

@@ -15,11 +15,13 @@
 #include <vector>
 
 #include "codec/ImageDecoder.h"
+#include "codec/ImageMetadata.h"
 
 // What a batch reads of one source before its output path is settled: the pixels and the
 // bounds in points (empty when the pixels cannot be read).
 struct SourceRead {
     DecodedImage decoded;
+    ImageMetadata metadata; // empty when the outputs leave it out
     QRectF bounds;
 };
 

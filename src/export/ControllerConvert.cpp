@@ -18,6 +18,7 @@
 #include "view/RotationGeometry.h"
 #include "view/wmfImageView.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QFile>
@@ -97,11 +98,13 @@ SourceRead readSource(Controller& c, const QString& src) {
     if (!c.IsImageFile(src))
         return read;
     try {
-        read.decoded = ImageDecoder::decode(src);
+        // An output keeps the source's colours and says which they are (see RasterWriters.h).
+        read.decoded = ImageDecoder::decode(src, ImageDecoder::Colours::Source);
     } catch (const std::bad_alloc&) {
         read.decoded = DecodedImage{};
     }
     if (read.decoded.ok) {
+        read.metadata = MetadataCarrier::read(src);
         read.bounds = c.getImageBounds(src);
         if (read.bounds.isEmpty())
             read.bounds = QRectF(QPointF(0, 0), read.decoded.pointSize);
@@ -117,15 +120,19 @@ ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds, BatchL
     job.source = src;
     job.inBatch = batchLanes != nullptr;
     if (c.unattended)
-        std::tie(job.dpi, job.degrees) = std::pair(c.unattended->dpi, c.unattended->degrees);
+        std::tie(job.dpi, job.degrees, job.stripMetadata) =
+            std::tuple(c.unattended->dpi, c.unattended->degrees, c.unattended->stripMetadata);
     else
-        std::tie(job.dpi, job.degrees) = onGuiThread([&c] {
+        std::tie(job.dpi, job.degrees, job.stripMetadata) = onGuiThread([&c] {
             const float resolution =
                 c.itsDpiCombo ? leadingFloatValue(c.itsDpiCombo->currentText()) : 72.0f;
-            return std::pair<float, int>(resolution, c.getRotation());
+            const bool strip = c.itsStripMetadata && c.itsStripMetadata->isChecked();
+            return std::tuple<float, int, bool>(resolution, c.getRotation(), strip);
         });
     SourceRead read = batchLanes ? batchLanes->take(src, lane) : readSource(c, src);
     job.decoded = std::move(read.decoded);
+    if (!job.stripMetadata)
+        job.metadata = std::move(read.metadata);
     bounds = job.decoded.ok ? read.bounds : QRectF(0, 0, 0, 0);
     return job;
 }

@@ -5,6 +5,7 @@
 
 #include "app/GuiThread.h"
 #include "app/TextNumbers.h"
+#include "codec/ColourProfiles.h"
 #include "codec/ImageDecoder.h"
 #include "codec/RasterWriters.h"
 #include "export/ConversionJob.h"
@@ -57,7 +58,7 @@ DecodedImage sourcePicture(const QString& source) {
     const ConversionJob* job = currentConversionJob();
     if (job && job->source == source)
         return job->decoded;
-    return ImageDecoder::decode(source);
+    return ImageDecoder::decode(source, ImageDecoder::Colours::Source);
 }
 
 void showFailure(Controller& controller, const QString& title, const QString& message) {
@@ -121,15 +122,23 @@ int16_t Controller::convertAndSave(const QImage& picture, const QString& destPat
     if (pathStatus != 0)
         return pathStatus;
     const ExportSettings settings = exportSettings(*this);
-    return writeRaster(picture, destPath, gformats[format], settings.dpi);
+    // The source's metadata, adapted to this output: upright, at this resolution and size.
+    const ConversionJob* job = currentConversionJob();
+    const ImageMetadata metadata =
+        job ? MetadataCarrier::forOutput(job->metadata, picture.size(), settings.dpi)
+            : ImageMetadata{};
+    return writeRaster(picture, destPath, gformats[format], settings.dpi, metadata);
 }
 
 void Controller::createPDFFile(const QString& source, const QString& toFile, const QRectF& bounds) {
     const ExportSettings settings = exportSettings(*this);
     try {
         const DecodedImage decoded = sourcePicture(source);
+        // The page's picture is in sRGB, the colour space of a PDF page without a profile.
+        QImage picture = decoded.ok ? decoded.image : QImage();
+        ColourProfiles::toSrgb(picture);
         // An unreadable source still gets its page, with nothing drawn on it.
-        writePictureAsPdf(decoded.ok ? decoded.image : QImage(), bounds, settings.degrees, toFile);
+        writePictureAsPdf(picture, bounds, settings.degrees, toFile);
     } catch (const std::bad_alloc&) {
         showFailure(*this, tr("Out of memory"), tr("There is not enough memory to write the PDF."));
     }

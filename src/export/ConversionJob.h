@@ -3,6 +3,7 @@
 #include <QString>
 
 #include "codec/ImageDecoder.h"
+#include "codec/ImageMetadata.h"
 
 // What one file's conversion works from, taken once when the file starts: the resolution and
 // angle as the window showed them then, and the source's pixels, read before anything at the
@@ -14,6 +15,9 @@ struct ConversionJob {
     float dpi = 72.0f;
     int degrees = 0;
     DecodedImage decoded; // ok == false when the source's pixels cannot be read
+    // The source's EXIF, XMP and IPTC, read with its pixels; empty when outputs leave them out.
+    ImageMetadata metadata;
+    bool stripMetadata = false;
     // A file of "Convert All": a picture that cannot be drawn is skipped and named in the
     // batch's end summary (`failure` says why) instead of stopping the batch at an alert.
     bool inBatch = false;

@@ -6,6 +6,7 @@
 #include "view/ImageDrawing.h"
 #include "view/RotationGeometry.h"
 
+#include <QColorSpace>
 #include <QPainter>
 
 #include <cmath>
@@ -62,6 +63,9 @@ QImage renderExportPicture(const DecodedImage& source, const QRectF& rect, const
     if (bitmap.isNull())
         return QImage();
     bitmap.fill(formatKeepsTransparentBackground(format) ? Qt::transparent : Qt::white);
+    // The picture is drawn as its pixels are, so the bitmap is in the source's colour space
+    // (white is white in every RGB space); the writer embeds it or converts to sRGB.
+    bitmap.setColorSpace(source.image.colorSpace());
 
     QPainter painter(&bitmap);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);

@@ -28,7 +28,7 @@ private slots:
 
     void pathIsUnderHome();
     void noFileKeepsDefaults();
-    void shutdownWritesAllSixKeys();
+    void shutdownWritesAllKeys();
     void angleOnly();
     void allKeysApplied();
     void dpiWithTwoDecimals();
@@ -52,6 +52,7 @@ private slots:
     // The same file through the real main window: start-up reads it, shutdown writes it.
     void windowFirstLaunch();
     void windowAngleOnly();
+    void windowStripMetadataKept();
     void windowDpiShownAsText();
     void windowBadFile_data();
     void windowBadFile();
@@ -153,7 +154,7 @@ void tst_Preferences::noFileKeepsDefaults() {
     QVERIFY(m_batch->isChecked());
 }
 
-void tst_Preferences::shutdownWritesAllSixKeys() {
+void tst_Preferences::shutdownWritesAllKeys() {
     Controller& c = *m_controller;
     QVERIFY(!c.readPrefFile());
     QVERIFY(!QDir(m_home->path() + "/Library").exists());
@@ -161,7 +162,8 @@ void tst_Preferences::shutdownWritesAllSixKeys() {
     QVERIFY(QFile::exists(prefPath()));
     const Dictionary expected{
         {"angle", "0"},        {"dpi", "72.00"},  {"dstLocation", "/initial/destination"},
-        {"expformat", "TIFF"}, {"fillList", "1"}, {"srcLocation", ""}};
+        {"expformat", "TIFF"}, {"fillList", "1"}, {"srcLocation", ""},
+        {"stripMetadata", "0"}};
     QCOMPARE(readWrittenFile(), expected);
 
     c.itsPref.dpi = 150.5f;
@@ -172,7 +174,8 @@ void tst_Preferences::shutdownWritesAllSixKeys() {
     c.writePrefFile();
     const Dictionary changed{
         {"angle", "-725"},     {"dpi", "150.50"}, {"dstLocation", "/initial/destination"},
-        {"expformat", "GIF "}, {"fillList", "0"}, {"srcLocation", "/pictures/a.png"}};
+        {"expformat", "GIF "}, {"fillList", "0"}, {"srcLocation", "/pictures/a.png"},
+        {"stripMetadata", "0"}};
     QCOMPARE(readWrittenFile(), changed);
 }
 
@@ -332,7 +335,8 @@ void tst_Preferences::nullOutlets() {
     QCOMPARE(bare.savedLoaction, QString("/s.png"));
     bare.writePrefFile();
     const Dictionary expected{{"angle", "12"},       {"dpi", "72.00"},  {"dstLocation", ""},
-                              {"expformat", "TIFF"}, {"fillList", "0"}, {"srcLocation", ""}};
+                              {"expformat", "TIFF"}, {"fillList", "0"}, {"srcLocation", ""},
+                              {"stripMetadata", "0"}};
     QCOMPARE(readWrittenFile(), expected);
 }
 
@@ -356,7 +360,7 @@ void tst_Preferences::writeReplacesLongerFile() {
     QFile file(prefPath());
     QVERIFY(file.open(QIODevice::ReadOnly));
     QVERIFY(file.size() < 300);
-    QCOMPARE(readWrittenFile().size(), 6);
+    QCOMPARE(readWrittenFile().size(), 7);
 }
 
 void tst_Preferences::unwritableFolder() {
@@ -454,12 +458,31 @@ void tst_Preferences::windowFirstLaunch() {
     c.closeController();
     const Dictionary written = readWrittenFile();
     QCOMPARE(written.keys(),
-             QStringList({"angle", "dpi", "dstLocation", "expformat", "fillList", "srcLocation"}));
+             QStringList({"angle", "dpi", "dstLocation", "expformat", "fillList", "srcLocation",
+                          "stripMetadata"}));
+    QCOMPARE(written.value("stripMetadata"), QString("0"));
     QCOMPARE(written.value("dpi"), QString("72.00"));
     QCOMPARE(written.value("angle"), QString("0"));
     QCOMPARE(written.value("expformat"), c.itsPref.exportFormat);
     QCOMPARE(written.value("dstLocation"), c.itsDstFileName->text());
     QCOMPARE(written.value("fillList"), QString(c.itsBatch->isChecked() ? "1" : "0"));
+}
+
+// The drawer's "leave out metadata" box is off at first launch; ticked, it comes back ticked.
+void tst_Preferences::windowStripMetadataKept() {
+    {
+        Controller c;
+        startWindow(c);
+        QVERIFY(c.itsStripMetadata);
+        QVERIFY(!c.itsStripMetadata->isChecked());
+        c.itsStripMetadata->click(); // the drawer is closed: the click as its button sends it
+        QVERIFY(c.itsStripMetadata->isChecked());
+        c.closeController();
+    }
+    QCOMPARE(readWrittenFile().value("stripMetadata"), QString("1"));
+    Controller again;
+    startWindow(again);
+    QVERIFY(again.itsStripMetadata->isChecked());
 }
 
 void tst_Preferences::windowAngleOnly() {
@@ -505,7 +528,7 @@ void tst_Preferences::windowBadFile() {
     QCOMPARE(c.itsDpiCombo->currentText(), QString("72"));
     QCOMPARE(c.itsPref.exportFormat, QString("TIFF"));
     c.closeController();
-    QCOMPARE(readWrittenFile().size(), 6);
+    QCOMPARE(readWrittenFile().size(), 7);
 }
 
 void tst_Preferences::windowRunWithoutImage() {

@@ -3,6 +3,8 @@
 #include "CorpusBytes.h"
 #include "HostileCorpus.h"
 
+#include <QColorSpace>
+
 using namespace CorpusBytes;
 
 namespace {
@@ -254,6 +256,21 @@ void addJpegDamage(CorpusWriter& w, const Seed& seed) {
     putBE32(iccHeader, 128, 0xFFFFFFFF); // tag count
     w.add("broken-metadata", "jpg-icc-random", "jpg",
           jpegInsert(jpeg, jpegSegment(0xE2, icc + "\x01\x01" + iccHeader)));
+    // An XMP packet that is no XML, and Photoshop resources whose IPTC block claims 2 GB: the
+    // conversions copy metadata into their outputs and must survive both.
+    w.add("broken-metadata", "jpg-xmp-not-xml", "jpg",
+          jpegInsert(jpeg, jpegSegment(0xE1, QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
+                                                 "<x:xmpmeta><rdf:RDF <<&&" + randomBytes(3000, 23))));
+    QByteArray resources("Photoshop 3.0\0" "8BIM\x04\x04\0\0", 22);
+    resources += QByteArray("\x7F\xFF\xFF\xF0", 4) + QByteArray("\x1C\x02\x19\xFF\xFF", 5);
+    w.add("broken-metadata", "jpg-iptc-claims-2gb", "jpg",
+          jpegInsert(jpeg, jpegSegment(0xED, resources)));
+    // A profile that claims to describe CMYK pixels in front of an RGB picture.
+    QByteArray cmyk = QColorSpace(QColorSpace::SRgb).iccProfile();
+    if (cmyk.size() > 20)
+        cmyk.replace(16, 4, "CMYK");
+    w.add("broken-metadata", "jpg-icc-cmyk-on-rgb", "jpg",
+          jpegInsert(jpeg, jpegSegment(0xE2, icc + "\x01\x01" + cmyk)));
 
     // Frame and table damage.
     const qsizetype sof = jpegSofOffset(jpeg);

@@ -28,14 +28,16 @@ bool portalThemeInstalled() {
 
 } // namespace
 
-void preferPortalDialogs() {
+bool preferPortalDialogs() {
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     if (widgetDialogsForced() || platform == "offscreen" || platform == "minimal")
-        return;
+        return false;
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORMTHEME"))
-        return; // the user's own choice of theme, and so of dialog
-    if (portalServiceInstalled() && portalThemeInstalled())
-        qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
+        return false; // the user's own choice of theme, and so of dialog
+    if (!portalServiceInstalled() || !portalThemeInstalled())
+        return false;
+    qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
+    return true;
 }
 
 bool useWidgetDialogs() {

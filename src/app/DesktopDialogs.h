@@ -8,7 +8,8 @@
 
 // Before the application exists: asks Qt for the portal's file dialog when no platform theme
 // is chosen in the environment, the portal service is installed and Qt's portal theme is there.
-void preferPortalDialogs();
+// True when it asked (QT_QPA_PLATFORMTHEME is then set until the application has read it).
+bool preferPortalDialogs();
 
 // True when the panels are Qt's widget dialog rather than the desktop's.
 bool useWidgetDialogs();

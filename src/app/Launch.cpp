@@ -80,10 +80,12 @@ int runApplication(int argc, char** argv) {
     if (commandLineRun || !mistake.isEmpty() || parser.isSet(help) || parser.isSet(version))
         qputenv("QT_QPA_PLATFORM", "offscreen");
 
-    preferPortalDialogs();
+    const bool portalAsked = preferPortalDialogs();
     // The platform plugin takes the launch token out of the environment as it starts.
     const QByteArray activationToken = launchActivationToken();
     QApplication app(argc, argv);
+    if (portalAsked)
+        qunsetenv("QT_QPA_PLATFORMTHEME"); // read; programs started from here choose their own
     QApplication::setApplicationName("Ormidon");
     QApplication::setApplicationVersion(ORMIDON_VERSION);
     QApplication::setDesktopFileName("org.ormidon.Ormidon"); // the desktop entry, Wayland app_id

@@ -19,17 +19,17 @@ private slots:
         const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
         qputenv("QT_QPA_PLATFORM", "offscreen");
         qunsetenv("QT_QPA_PLATFORMTHEME");
-        preferPortalDialogs();
+        QVERIFY(!preferPortalDialogs());
         QVERIFY(!qEnvironmentVariableIsSet("QT_QPA_PLATFORMTHEME"));
 
         qputenv("QT_QPA_PLATFORM", "xcb");
         qputenv("QT_QPA_PLATFORMTHEME", "gtk3");
-        preferPortalDialogs();
+        QVERIFY(!preferPortalDialogs());
         QCOMPARE(qgetenv("QT_QPA_PLATFORMTHEME"), QByteArray("gtk3"));
 
         qunsetenv("QT_QPA_PLATFORMTHEME");
         qputenv("ORMIDON_WIDGET_DIALOGS", "1");
-        preferPortalDialogs();
+        QVERIFY(!preferPortalDialogs());
         QVERIFY(!qEnvironmentVariableIsSet("QT_QPA_PLATFORMTHEME"));
         qunsetenv("ORMIDON_WIDGET_DIALOGS");
 
@@ -40,7 +40,7 @@ private slots:
             !QDir(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platformthemes")
                  .entryList({"*xdgdesktopportal*"}, QDir::Files)
                  .isEmpty();
-        preferPortalDialogs();
+        QCOMPARE(preferPortalDialogs(), portal);
         QCOMPARE(qgetenv("QT_QPA_PLATFORMTHEME"),
                  portal ? QByteArray("xdgdesktopportal") : QByteArray());
         qunsetenv("QT_QPA_PLATFORMTHEME");

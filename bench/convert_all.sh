@@ -32,20 +32,24 @@ BUILD="${BUILD:-$ROOT/build-bench-flow}"
 RUNS="${RUNS:-1}"
 FORMATS="${FORMATS:-jpg png tif bmp gif}"
 TRANSFORM="${TRANSFORM:-1}"
+# CLI=1 adds the command line (ormidon --convert) beside the window's Convert All; see
+# bench/command_line.sh.
+CLI="${CLI:-0}"
 
 source "$ROOT/bench/lib.sh"
 install_missing gnome-backgrounds mate-backgrounds plasma-workspace-wallpapers graphicsmagick libvips-tools libjpeg-turbo-progs imagemagick time
 IM=/usr/bin/mogrify-im6.q16
 
 cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORMIDON_BENCH=ON >/dev/null
-cmake --build "$BUILD" --target bench_convert_all >/dev/null
+cmake --build "$BUILD" --target bench_convert_all ormidon >/dev/null
 BENCH="$BUILD/bench/bench_convert_all"
+ORMIDON="$BUILD/src/ormidon"
 
 WORK="$(mktemp -d)"
 trap 'rm -rf "$WORK"' EXIT
 trap 'exit 130' INT TERM
-mkdir -p "$WORK/src" "$WORK/src10"
-copy_wallpaper_jpegs "$WORK/src"
+mkdir -p "$WORK/src10"
+prepare_photo_corpus "$WORK/src"
 # The transform job: every fifth photograph, 10 of them.
 ls "$WORK/src" | awk 'NR % 5 == 1' | head -n 10 | while read -r f; do cp "$WORK/src/$f" "$WORK/src10/"; done
 
@@ -74,6 +78,7 @@ job_command() {
     [ "$dpi" = 72 ] || turn="-resize $pct $turn"
     case $tool in
     ormidon) echo "\"$BENCH\" \"$WORK/$src\" \"$WORK/out\" \"$(code_of "$fmt")\" $dpi $angle" ;;
+    cli) echo "\"$ORMIDON\" --convert \"$(code_of "$fmt")\" --dpi $dpi --angle $angle --dest \"$WORK/out\" \"$WORK/$src\" </dev/null" ;;
     floor) echo "cd \"$WORK/$src\" && ls | xargs -P2 -I{} sh -c 'djpeg \"\$1\" | cjpeg -quality 75 > \"../out/\${1%.*}.jpg\"' _ {}" ;;
     gm) echo "cd \"$WORK/$src\" && gm mogrify -output-directory ../out -format $fmt $turn $(magick_opts "$fmt") *" ;;
     im6) echo "cd \"$WORK/$src\" && $IM -path ../out -format $fmt $turn $(magick_opts "$fmt") *" ;;
@@ -87,7 +92,7 @@ job_command() {
     esac
 }
 
-declare -A wall cpu peak outmp
+declare -A wall cpu peak outmp filesps
 run_job() { # key tool fmt src dpi angle
     local key=$1
     rm -rf "$WORK/out"
@@ -102,6 +107,7 @@ run_job() { # key tool fmt src dpi angle
     wall[$key]+="$e "
     cpu[$key]+="$(awk -v a="$u" -v b="$s" 'BEGIN {printf "%.1f", a + b}') "
     peak[$key]+="$((m / 1024)) "
+    [ "$2" = cli ] && filesps[$key]+="$(grep -o '[0-9.]* files/s' "$WORK/log" | cut -d' ' -f1) "
     local written
     written=$(ls "$WORK/out" | wc -l)
     [ "$written" -eq "$(ls "$WORK/$4" | wc -l)" ] || echo "warning: $key wrote $written files" >&2
@@ -119,6 +125,7 @@ for run in $(seq 1 "$RUNS"); do
     for fmt in $FORMATS; do
         tools="ormidon gm vips im6"
         [ "$fmt" = jpg ] && tools="ormidon floor gm vips im6"
+        [ "$CLI" = 1 ] && tools="cli $tools"
         for tool in $tools; do
             run_job "$fmt-$tool" "$tool" "$fmt" src 72 0
         done
@@ -137,6 +144,7 @@ for fmt in $FORMATS; do
     echo "JPEG to $fmt"
     tools="ormidon gm vips im6"
     [ "$fmt" = jpg ] && tools="ormidon floor gm vips im6"
+    [ "$CLI" = 1 ] && tools="cli $tools"
     for tool in $tools; do row "$tool" "$fmt-$tool"; done
     ow=$(echo "${wall[$fmt-ormidon]}" | median)
     om=$(echo "${peak[$fmt-ormidon]}" | median)
@@ -153,6 +161,14 @@ for fmt in $FORMATS; do
     done
     r=$(ratio "$ow" "$best")
     [ "$fmt" = jpg ] || echo "  -> Ormidon / fastest peer ($bt): $r (target 0.8: $(verdict "$r" 0.8))"
+    if [ "$CLI" = 1 ]; then
+        cw=$(echo "${wall[$fmt-cli]}" | median)
+        echo "  -> command line: $(echo "${filesps[$fmt-cli]}" | median) files/s as it reports"
+        r=$(ratio "$cw" "$ow")
+        echo "  -> command line / window's Convert All: $r (target 1.0: $(verdict "$r" 1.0))"
+        r=$(ratio "$cw" "$best")
+        echo "  -> command line / fastest of gm, vips, im6 ($bt): $r (target 0.8: $(verdict "$r" 0.8))"
+    fi
     r=$(ratio "$om" "$gmm")
     echo "  -> Ormidon / gm peak memory: $r (target 1.0: $(verdict "$r" 1.0))"
 done

@@ -15,18 +15,19 @@ install_missing() {
     DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${need[@]}" >/dev/null
 }
 
-# Copies Debian's JPEG wallpaper photographs (gnome-, mate- and plasma-workspace- backgrounds)
-# into the folder given, each named after its path, and records 72 dpi in each (only the
-# density bytes change), so that every tool writes the photographs' own pixels.
-copy_wallpaper_jpegs() {
-    local dest=$1 root name
-    root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+# Copies Debian's JPEG wallpaper photographs into the folder $1 and makes each record 72 dpi
+# (only the density bytes change), so that every tool writes the photographs' own pixels. The
+# packages come from install_missing gnome-backgrounds mate-backgrounds plasma-workspace-wallpapers.
+prepare_photo_corpus() {
+    local folder=$1 root
+    root="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
+    mkdir -p "$folder"
     find /usr/share/backgrounds /usr/share/wallpapers -type f \( -iname '*.jpg' -o -iname '*.jpeg' \) |
         sort | while read -r f; do
         # Plasma names every picture by its size (1920x1080.jpg): keep the folders in the name.
-        name="${f#/usr/share/}"
+        local name="${f#/usr/share/}"
         name="${name//\//_}"
-        cp "$f" "$dest/${name%.*}.jpg"
+        cp "$f" "$folder/${name%.*}.jpg"
     done
-    python3 "$root/bench/set_density_72.py" "$dest"/*.jpg
+    python3 "$root/set_density_72.py" "$folder"/*.jpg
 }

@@ -38,7 +38,7 @@ WORK="$(mktemp -d)"
 trap 'rm -rf "$WORK"' EXIT
 trap 'exit 130' INT TERM
 mkdir -p "$WORK/src" "$WORK/src10"
-copy_wallpaper_jpegs "$WORK/src"
+prepare_photo_corpus "$WORK/src"
 ls "$WORK/src" | awk 'NR % 5 == 1' | head -n 10 | while read -r f; do cp "$WORK/src/$f" "$WORK/src10/"; done
 echo "$(ls "$WORK/src" | wc -l) photographs ($(du -sh "$WORK/src" | cut -f1)), AVIF on $(ls "$WORK/src10" | wc -l) of them; $(nproc) cores; $RUNS run(s)"
 

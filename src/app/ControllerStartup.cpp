@@ -56,12 +56,10 @@ void showResolution(QComboBox* combo, float dpi) {
         combo->setEditText(QString::asprintf("%.2f", dpi));
 }
 
-// First launch: 850 by 680 at the top left of the screen, never smaller than 640 by 480.
+// First launch: 850 by 680 at the top left of the screen (where the window system lets the
+// program choose), never smaller than 640 by 480.
 void setDefaultFrame(QMainWindow* window) {
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    const QPoint topLeft = screen ? screen->availableGeometry().topLeft() : QPoint(0, 0);
-    window->resize(850, 680);
-    window->move(topLeft);
+    setFirstFrame(window, 850, 680);
     window->setMinimumSize(640, 480);
 }
 

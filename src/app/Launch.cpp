@@ -1,7 +1,10 @@
 #include "app/Launch.h"
 
 #include "app/Controller.h"
+#include "app/DesktopDialogs.h"
 #include "app/SingleInstance.h"
+#include "app/Translations.h"
+#include "app/WindowActivation.h"
 #include "cli/CommandLine.h"
 #include "codec/MagickSupport.h"
 
@@ -31,14 +34,12 @@ void launchController(Controller& controller, const QStringList& files) {
     controller.applicationDidFinishLaunching();
 }
 
-void openHandedOverFiles(Controller& controller, const QStringList& paths) {
+void openHandedOverFiles(Controller& controller, const QStringList& paths,
+                         const QByteArray& activationToken) {
     for (const QString& path : paths)
         controller.application(QCoreApplication::instance(), path);
-    if (QMainWindow* window = controller.window()) {
-        window->show();
-        window->raise();
-        window->activateWindow();
-    }
+    if (QMainWindow* window = controller.window())
+        activateWithToken(window, activationToken);
 }
 
 int runApplication(int argc, char** argv) {
@@ -79,11 +80,17 @@ int runApplication(int argc, char** argv) {
     if (commandLineRun || !mistake.isEmpty() || parser.isSet(help) || parser.isSet(version))
         qputenv("QT_QPA_PLATFORM", "offscreen");
 
+    const bool portalAsked = preferPortalDialogs();
+    // The platform plugin takes the launch token out of the environment as it starts.
+    const QByteArray activationToken = launchActivationToken();
     QApplication app(argc, argv);
+    if (portalAsked)
+        qunsetenv("QT_QPA_PLATFORMTHEME"); // read; programs started from here choose their own
     QApplication::setApplicationName("Ormidon");
     QApplication::setApplicationVersion(ORMIDON_VERSION);
     QApplication::setDesktopFileName("org.ormidon.Ormidon"); // the desktop entry, Wayland app_id
     QApplication::setWindowIcon(QIcon(":/ormidon.svg"));
+    installTranslations(&app);
 
     if (!mistake.isEmpty())
         return usageError(mistake);
@@ -99,7 +106,7 @@ int runApplication(int argc, char** argv) {
 
     SingleInstance instance(SingleInstance::defaultServerName());
     if (!parser.isSet(newInstance)) {
-        if (instance.handOver(files))
+        if (instance.handOver(files, activationToken))
             return 0;
         instance.listen();
     }
@@ -110,9 +117,10 @@ int runApplication(int argc, char** argv) {
     controller.skipSplash = parser.isSet(noSplash);
     launchController(controller, files);
 
-    QObject::connect(
-        &instance, &SingleInstance::filesReceived, &controller,
-        [&controller](const QStringList& paths) { openHandedOverFiles(controller, paths); });
+    QObject::connect(&instance, &SingleInstance::filesReceived, &controller,
+                     [&controller](const QStringList& paths, const QByteArray& token) {
+                         openHandedOverFiles(controller, paths, token);
+                     });
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &controller,
                      [&controller] { controller.applicationWillTerminate(); });
     return app.exec();

@@ -12,5 +12,7 @@ class Controller;
 // built and shown, the splash runs, the files named at launch open, then the saved source.
 void launchController(Controller& controller, const QStringList& files);
 
-// Files handed over by a later launch: each opens in turn, and the window comes to the front.
-void openHandedOverFiles(Controller& controller, const QStringList& paths);
+// Files handed over by a later launch: each opens in turn, and the window comes to the front
+// with that launch's activation token.
+void openHandedOverFiles(Controller& controller, const QStringList& paths,
+                         const QByteArray& activationToken = {});

@@ -124,6 +124,10 @@ void Controller::loadMainWindow() {
     itsConvert = named(new QPushButton(tr("Convert"), central), "itsConvert", 100);
     itsConvertAll = named(new QPushButton(tr("Convert All"), central), "itsConvertAll");
     itsConvert->setDefault(false);
+    // A click converts and leaves the keyboard with the picture, so the arrow keys go on
+    // stepping through the folder; Tab still reaches the buttons.
+    itsConvert->setFocusPolicy(Qt::TabFocus);
+    itsConvertAll->setFocusPolicy(Qt::TabFocus);
     convertRow->addWidget(itsConvert);
     convertRow->addWidget(itsConvertAll);
     mainColumn->addLayout(convertRow);

@@ -28,6 +28,8 @@ int hexValue(char16_t c) {
 // before it looks at a character, and nesting is bounded, so no input can run it off the end
 // or exhaust the stack.
 class Reader {
+    Q_DECLARE_TR_FUNCTIONS(PropertyList)
+
 public:
     explicit Reader(QStringView text) : m_text(text) {}
 
@@ -56,10 +58,6 @@ public:
     QString error() const { return m_error; }
 
 private:
-    static QString tr(const char* text) {
-        return QCoreApplication::translate("PropertyList", text);
-    }
-
     bool atEnd() const { return m_pos >= m_text.size(); }
     char16_t peek() const { return m_text[m_pos].unicode(); }
 
@@ -68,7 +66,8 @@ private:
             qsizetype line = 1;
             for (qsizetype i = 0; i < m_pos && i < m_text.size(); ++i)
                 line += m_text[i] == u'\n' ? 1 : 0;
-            m_error = tr("Line %1: %2").arg(line).arg(what);
+            m_error =
+                QCoreApplication::translate("PropertyList", "Line %1: %2").arg(line).arg(what);
         }
         return std::nullopt;
     }

@@ -19,15 +19,19 @@ QString SingleInstance::defaultServerName() {
     return QString("ormidon-%1-%2").arg(getuid()).arg(display);
 }
 
-bool SingleInstance::handOver(const QStringList& paths, int timeoutMs) const {
+bool SingleInstance::handOver(const QStringList& paths, const QByteArray& activationToken,
+                              int timeoutMs) const {
     QLocalSocket socket;
     socket.connectToServer(name);
     if (!socket.waitForConnected(timeoutMs))
         return false;
-    // One path a line, then an empty line that says the list is complete.
+    // One item a line, marked by its first letter (T the activation token, F a path), then an
+    // empty line that says the list is complete.
     QByteArray message;
+    if (!activationToken.isEmpty())
+        message += 'T' + activationToken + '\n';
     for (const QString& path : paths)
-        message += path.toUtf8() + '\n';
+        message += 'F' + path.toUtf8() + '\n';
     message += '\n';
     socket.write(message);
     if (!socket.waitForBytesWritten(timeoutMs))
@@ -56,11 +60,15 @@ bool SingleInstance::listen() {
                 if (!socket->peek(1 << 20).contains("\n\n") && !socket->peek(2).startsWith('\n'))
                     return;
                 QStringList paths;
-                for (const QByteArray& line : socket->readAll().split('\n'))
-                    if (!line.isEmpty())
-                        paths << QString::fromUtf8(line);
+                QByteArray token;
+                for (const QByteArray& line : socket->readAll().split('\n')) {
+                    if (line.startsWith('F'))
+                        paths << QString::fromUtf8(line.mid(1));
+                    else if (line.startsWith('T'))
+                        token = line.mid(1);
+                }
                 socket->disconnectFromServer();
-                emit filesReceived(paths);
+                emit filesReceived(paths, token);
             });
         }
     });

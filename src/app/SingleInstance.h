@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QObject>
 #include <QStringList>
 
@@ -16,14 +17,16 @@ public:
     // The socket name for this user and display.
     static QString defaultServerName();
 
-    // Sends the paths to a running instance; true when one took them.
-    bool handOver(const QStringList& paths, int timeoutMs = 2000) const;
+    // Sends the paths and this launch's activation token (may be empty) to a running instance;
+    // true when one took them.
+    bool handOver(const QStringList& paths, const QByteArray& activationToken = {},
+                  int timeoutMs = 2000) const;
 
     // Starts listening for later launches; false when the name cannot be taken.
     bool listen();
 
 signals:
-    void filesReceived(const QStringList& paths);
+    void filesReceived(const QStringList& paths, const QByteArray& activationToken);
 
 private:
     QString name;

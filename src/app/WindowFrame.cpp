@@ -1,5 +1,7 @@
 #include "app/WindowFrame.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QWidget>
@@ -24,4 +26,16 @@ void saveWindowFrame(const QWidget* window, const QString& name) {
     QSettings store = frameStore();
     store.setValue(frameKey(name), window->saveGeometry());
     store.sync();
+}
+
+bool windowSystemPlacesWindows(const QString& platformName) {
+    return platformName.startsWith(QLatin1String("wayland"));
+}
+
+void setFirstFrame(QWidget* window, int width, int height) {
+    window->resize(width, height);
+    if (windowSystemPlacesWindows(QGuiApplication::platformName()))
+        return;
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    window->move(screen ? screen->availableGeometry().topLeft() : QPoint(0, 0));
 }

@@ -1,4 +1,5 @@
 #include "app/Controller.h"
+#include "app/DesktopDialogs.h"
 
 #include "browse/FolderIndex.h"
 #include "browse/ImageFileTest.h"
@@ -68,7 +69,7 @@ void Controller::openImage(QObject*) {
     auto* panel = new QFileDialog(itsMainWindow, tr("Select Image File"), startFolderFor(source),
                                   tr("Images (%1)").arg(patterns.join(u' ')));
     panel->setObjectName(QStringLiteral("openImagePanel"));
-    panel->setOption(QFileDialog::DontUseNativeDialog);
+    panel->setOption(QFileDialog::DontUseNativeDialog, useWidgetDialogs());
     panel->setFileMode(QFileDialog::ExistingFile);
     panel->setAcceptMode(QFileDialog::AcceptOpen);
     // The readable types are listed in both letter cases and matched exactly, as navigation does.
@@ -94,7 +95,7 @@ void Controller::selectDst(QObject*) {
     auto* panel = new QFileDialog(itsMainWindow, tr("Select Destination"),
                                   destination.isEmpty() ? QDir::homePath() : destination);
     panel->setObjectName(QStringLiteral("selectDstPanel"));
-    panel->setOption(QFileDialog::DontUseNativeDialog);
+    panel->setOption(QFileDialog::DontUseNativeDialog, useWidgetDialogs());
     panel->setFileMode(QFileDialog::Directory);
     panel->setOption(QFileDialog::ShowDirsOnly);
     panel->setOption(QFileDialog::ReadOnly, false); // the user may create a folder here

@@ -64,7 +64,8 @@ void quietWarnings(QtMsgType type, const QMessageLogContext& context, const QStr
 
 int usageError(const QString& message) {
     printErr(QStringLiteral("ormidon: %1").arg(message));
-    printErr(QStringLiteral("Try 'ormidon --help' for more information."));
+    printErr(
+        QCoreApplication::translate("CommandLine", "Try 'ormidon --help' for more information."));
     return kExitUsage;
 }
 
@@ -84,7 +85,8 @@ int runCommandLine(const QCommandLineParser& parser, const CommandLineOptions& o
     qInstallMessageHandler(quietWarnings);
     if (parser.isSet(options.listFormats)) {
         if (parser.isSet(options.convert))
-            return usageError(QStringLiteral("--list-formats and --convert go alone"));
+            return usageError(QCoreApplication::translate("CommandLine",
+                                                          "--list-formats and --convert go alone"));
         return listFormats();
     }
 
@@ -92,37 +94,45 @@ int runCommandLine(const QCommandLineParser& parser, const CommandLineOptions& o
     const QString code = parser.value(options.convert);
     request.format = formatForTypedCode(code);
     if (request.format < 0)
-        return usageError(
-            QStringLiteral("unknown format code \"%1\" (see --list-formats)").arg(code));
+        return usageError(QCoreApplication::translate(
+                              "CommandLine", "unknown format code \"%1\" (see --list-formats)")
+                              .arg(code));
     if (!formatIsWritable(int(request.format)))
-        return usageError(
-            QStringLiteral("\"%1\" cannot be written here (see --list-formats)").arg(code));
+        return usageError(QCoreApplication::translate(
+                              "CommandLine", "\"%1\" cannot be written here (see --list-formats)")
+                              .arg(code));
 
     if (parser.isSet(options.dpi)) {
         bool ok = false;
         request.dpi = parser.value(options.dpi).toFloat(&ok);
         if (!ok || !(request.dpi >= 1.0f) || request.dpi > 10000.0f)
-            return usageError(QStringLiteral("--dpi needs a number from 1 to 10000"));
+            return usageError(
+                QCoreApplication::translate("CommandLine", "--dpi needs a number from 1 to 10000"));
     }
     if (parser.isSet(options.angle)) {
         bool ok = false;
         request.degrees = parser.value(options.angle).toInt(&ok);
         if (!ok || request.degrees < -360 || request.degrees > 360)
-            return usageError(QStringLiteral("--angle needs a whole number from -360 to 360"));
+            return usageError(QCoreApplication::translate(
+                "CommandLine", "--angle needs a whole number from -360 to 360"));
     }
     if (parser.isSet(options.overwrite) && parser.isSet(options.skip))
-        return usageError(QStringLiteral("--overwrite and --skip exclude each other"));
+        return usageError(QCoreApplication::translate("CommandLine",
+                                                      "--overwrite and --skip exclude each other"));
     request.overwrite = parser.isSet(options.overwrite);
     request.stripMetadata = parser.isSet(options.stripMetadata);
 
     const QString dest =
         parser.isSet(options.dest) ? parser.value(options.dest) : QDir::currentPath();
     if (dest.isEmpty() || !QDir().mkpath(dest) || !QFileInfo(dest).isDir())
-        return usageError(QStringLiteral("cannot use %1 as the destination folder").arg(dest));
+        return usageError(
+            QCoreApplication::translate("CommandLine", "cannot use %1 as the destination folder")
+                .arg(dest));
     request.destFolder = QFileInfo(dest).absoluteFilePath();
 
     request.paths = parser.positionalArguments();
     if (request.paths.isEmpty())
-        return usageError(QStringLiteral("--convert needs at least one file or folder"));
+        return usageError(QCoreApplication::translate(
+            "CommandLine", "--convert needs at least one file or folder"));
     return runConversion(request);
 }

@@ -77,13 +77,16 @@ QStringList imagesOf(const Controller& controller, const QStringList& paths, Pro
         const QFileInfo info(path);
         const QString absolute = info.absoluteFilePath();
         if (!info.exists()) {
-            progress.failed(QStringLiteral("%1: no such file or folder").arg(path));
+            progress.failed(
+                QCoreApplication::translate("CommandLine", "%1: no such file or folder").arg(path));
         } else if (info.isDir()) {
             const QStringList names = folderFileList(absolute);
             if (!names.isEmpty())
                 files += controller.folderImages(QDir(absolute).filePath(names.first()));
         } else if (!controller.IsImageFile(absolute)) {
-            progress.failed(QStringLiteral("%1: not an image Ormidon reads").arg(path));
+            progress.failed(
+                QCoreApplication::translate("CommandLine", "%1: not an image Ormidon reads")
+                    .arg(path));
         } else {
             files << absolute;
         }
@@ -114,7 +117,8 @@ int runConversion(const ConvertRequest& request) {
     QObject::connect(
         &controller, &Controller::conversionFailed, &controller,
         [&progress](const QString& destPath, const QString& reason) {
-            progress.failed(QStringLiteral("%1 was not written: %2").arg(destPath, reason));
+            progress.failed(QCoreApplication::translate("CommandLine", "%1 was not written: %2")
+                                .arg(destPath, reason));
         },
         Qt::DirectConnection);
     QObject::connect(

@@ -38,11 +38,34 @@ private slots:
         QTRY_VERIFY(handed);
     }
 
+    // The launch token of the second process arrives beside its files, for the running one to
+    // raise its window with; a launch without one hands over an empty token.
+    void activationTokenReachesTheRunningInstance() {
+        const QString name = uniqueName();
+        SingleInstance running(name);
+        QVERIFY(running.listen());
+        QSignalSpy received(&running, &SingleInstance::filesReceived);
+        QThread* sender = QThread::create(
+            [name] { SingleInstance(name).handOver({"/tmp/a.png"}, "kwin-4711_TIME123456"); });
+        connect(sender, &QThread::finished, sender, &QObject::deleteLater);
+        sender->start();
+        QTRY_COMPARE(received.count(), 1);
+        QCOMPARE(received.at(0).at(0).toStringList(), QStringList({"/tmp/a.png"}));
+        QCOMPARE(received.at(0).at(1).toByteArray(), QByteArray("kwin-4711_TIME123456"));
+
+        QThread* plain = QThread::create([name] { SingleInstance(name).handOver({"/tmp/b.png"}); });
+        connect(plain, &QThread::finished, plain, &QObject::deleteLater);
+        plain->start();
+        QTRY_COMPARE(received.count(), 2);
+        QCOMPARE(received.at(1).at(0).toStringList(), QStringList({"/tmp/b.png"}));
+        QVERIFY(received.at(1).at(1).toByteArray().isEmpty());
+    }
+
     void noRunningInstanceMeansNoHandOver() {
         SingleInstance lonely(uniqueName());
         QElapsedTimer clock;
         clock.start();
-        QVERIFY(!lonely.handOver({"/tmp/a.png"}, 500));
+        QVERIFY(!lonely.handOver({"/tmp/a.png"}, {}, 500));
         QVERIFY(clock.elapsed() < 5000);
     }
 

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Drives Ormidon in a real X server: opens a picture from the command line, steps to the next
 # one with the arrow key pressed right after launch, converts it with the menu shortcut from the
-# view and from inside each text field, hands a file over from a second launch, quits, and
+# view and from inside each text field, hands a file over from a second launch (with its
+# startup id, which the running window is activated with), quits, and
 # checks the files and the preferences the run left behind. Screenshots of the window are kept
 # as real_window*.png in the given folder for a person to look at.
 # A second run, with the fill-list box on, fills the "Image List" tab for a folder of squares,
@@ -94,8 +95,16 @@ run_in_x() {
   # A second launch hands its file to the running window and ends at once.
   # The keyboard is in the resolution field; the handed-over picture gives it back to the view,
   # so Left steps from c.png to b.png and Right back to c.png.
-  timeout 10 "$app" --no-splash "$pictures/c.png" || fail "the second launch did not end"
+  # It was started as a launcher starts it, with a startup id: the running window takes that
+  # launch's time as its user time and ends the launcher's startup notification.
+  DESKTOP_STARTUP_ID="launcher-4711_TIME424242" timeout 10 "$app" --no-splash "$pictures/c.png" ||
+    fail "the second launch did not end"
   [ "$(xdotool search --onlyvisible --name "^Ormidon: " | wc -l)" = 1 ] || fail "a second window opened"
+  sleep 0.3
+  xprop -id "$win" _NET_WM_USER_TIME | grep -q '= 424242$' ||
+    fail "the launch's time is not the window's user time: $(xprop -id "$win" _NET_WM_USER_TIME)"
+  xprop -id "$win" _NET_STARTUP_ID | grep -q '"launcher-4711_TIME424242"' ||
+    fail "the window does not name the launch: $(xprop -id "$win" _NET_STARTUP_ID)"
   sleep 0.5
   xdotool key Left
   wait_title "Ormidon: b.png" >/dev/null || fail "Left after the hand-over did not step to b.png"
@@ -172,6 +181,7 @@ export work pictures=$work/pictures large=$work/large
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run
 mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" "$large" && chmod 700 "$XDG_RUNTIME_DIR"
 unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+export ORMIDON_WIDGET_DIALOGS=1 # a bare X server has no desktop to show its own dialogs
 convert -size 640x480 gradient:red-blue "$pictures/a.png"
 convert -size 480x640 gradient:yellow-green "$pictures/b.png"
 convert -size 300x200 xc:orange "$pictures/c.png"

@@ -1,0 +1,500 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de">
+<context>
+    <name>AboutPanel</name>
+    <message>
+        <source>About Ormidon</source>
+        <translation>Über Ormidon</translation>
+    </message>
+</context>
+<context>
+    <name>CommandLine</name>
+    <message>
+        <source>Try &apos;ormidon --help&apos; for more information.</source>
+        <translation>Mehr dazu mit »ormidon --help«.</translation>
+    </message>
+    <message>
+        <source>Exit codes of --convert: 0 every file was written; 1 some file could not be read or written; 2 wrong arguments, nothing converted; 3 nothing failed but some outputs already existed and were kept.</source>
+        <translation>Rückgabewerte von --convert: 0 jede Datei wurde geschrieben; 1 eine Datei konnte nicht gelesen oder geschrieben werden; 2 falsche Argumente, nichts umgewandelt; 3 nichts ist fehlgeschlagen, aber einige Ausgaben gab es schon und sie wurden behalten.</translation>
+    </message>
+    <message>
+        <source>--list-formats and --convert go alone</source>
+        <translation>--list-formats und --convert stehen jeweils allein</translation>
+    </message>
+    <message>
+        <source>unknown format code &quot;%1&quot; (see --list-formats)</source>
+        <translation>unbekannter Formatcode „%1“ (siehe --list-formats)</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; cannot be written here (see --list-formats)</source>
+        <translation>„%1“ kann hier nicht geschrieben werden (siehe --list-formats)</translation>
+    </message>
+    <message>
+        <source>--dpi needs a number from 1 to 10000</source>
+        <translation>--dpi braucht eine Zahl von 1 bis 10000</translation>
+    </message>
+    <message>
+        <source>--angle needs a whole number from -360 to 360</source>
+        <translation>--angle braucht eine ganze Zahl von -360 bis 360</translation>
+    </message>
+    <message>
+        <source>--overwrite and --skip exclude each other</source>
+        <translation>--overwrite und --skip schließen einander aus</translation>
+    </message>
+    <message>
+        <source>cannot use %1 as the destination folder</source>
+        <translation>%1 kann nicht als Zielordner verwendet werden</translation>
+    </message>
+    <message>
+        <source>--convert needs at least one file or folder</source>
+        <translation>--convert braucht mindestens eine Datei oder einen Ordner</translation>
+    </message>
+    <message>
+        <source>Convert PATHs to the format CODE.</source>
+        <translation>Die PFADE in das Format CODE umwandeln.</translation>
+    </message>
+    <message>
+        <source>Resolution of the output (default 72).</source>
+        <translation>Auflösung der Ausgabe (Vorgabe 72).</translation>
+    </message>
+    <message>
+        <source>Turn the picture by N degrees.</source>
+        <translation>Das Bild um N Grad drehen.</translation>
+    </message>
+    <message>
+        <source>Folder the outputs go to (default: the current folder).</source>
+        <translation>Ordner für die Ausgaben (Vorgabe: der aktuelle Ordner).</translation>
+    </message>
+    <message>
+        <source>Replace existing outputs.</source>
+        <translation>Vorhandene Ausgaben ersetzen.</translation>
+    </message>
+    <message>
+        <source>Keep existing outputs (the default).</source>
+        <translation>Vorhandene Ausgaben behalten (die Vorgabe).</translation>
+    </message>
+    <message>
+        <source>List the formats read and written.</source>
+        <translation>Die gelesenen und geschriebenen Formate auflisten.</translation>
+    </message>
+    <message>
+        <source>%1: no such file or folder</source>
+        <translation>%1: keine solche Datei und kein solcher Ordner</translation>
+    </message>
+    <message>
+        <source>%1: not an image Ormidon reads</source>
+        <translation>%1: kein Bild, das Ormidon lesen kann</translation>
+    </message>
+    <message>
+        <source>%1 was not written: %2</source>
+        <translation>%1 wurde nicht geschrieben: %2</translation>
+    </message>
+    <message>
+        <source>Leave the sources&apos; EXIF, XMP and IPTC (camera, date, place) out.</source>
+        <translation>EXIF, XMP und IPTC der Quellen (Kamera, Datum, Ort) weglassen.</translation>
+    </message>
+</context>
+<context>
+    <name>Controller</name>
+    <message>
+        <source>Choose Previous image</source>
+        <translation>Vorheriges Bild wählen</translation>
+    </message>
+    <message>
+        <source>Choose Next image</source>
+        <translation>Nächstes Bild wählen</translation>
+    </message>
+    <message>
+        <source>Convert image</source>
+        <translation>Bild umwandeln</translation>
+    </message>
+    <message>
+        <source>Convert All the images from current folder</source>
+        <translation>Alle Bilder des aktuellen Ordners umwandeln</translation>
+    </message>
+    <message>
+        <source>Rotate Image</source>
+        <translation>Bild drehen</translation>
+    </message>
+    <message>
+        <source>Set Up Rotation Angle</source>
+        <translation>Drehwinkel einstellen</translation>
+    </message>
+    <message>
+        <source>Image</source>
+        <translation>Bild</translation>
+    </message>
+    <message>
+        <source>Image List</source>
+        <translation>Bilderliste</translation>
+    </message>
+    <message>
+        <source>Source:</source>
+        <translation>Quelle:</translation>
+    </message>
+    <message>
+        <source>No image</source>
+        <translation>Kein Bild</translation>
+    </message>
+    <message>
+        <source>Open…</source>
+        <translation>Öffnen …</translation>
+    </message>
+    <message>
+        <source>◀ Previous</source>
+        <translation>◀ Zurück</translation>
+    </message>
+    <message>
+        <source>Next ▶</source>
+        <translation>Weiter ▶</translation>
+    </message>
+    <message>
+        <source>Angle:</source>
+        <translation>Winkel:</translation>
+    </message>
+    <message>
+        <source>%v of %m</source>
+        <translation>%v von %m</translation>
+    </message>
+    <message>
+        <source>Convert</source>
+        <translation>Umwandeln</translation>
+    </message>
+    <message>
+        <source>Convert All</source>
+        <translation>Alle umwandeln</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Wählen …</translation>
+    </message>
+    <message>
+        <source>Destination:</source>
+        <translation>Ziel:</translation>
+    </message>
+    <message>
+        <source>Resolution (dpi):</source>
+        <translation>Auflösung (dpi):</translation>
+    </message>
+    <message>
+        <source>Format:</source>
+        <translation>Format:</translation>
+    </message>
+    <message>
+        <source>Fill the image list from the whole folder</source>
+        <translation>Die Bilderliste aus dem ganzen Ordner füllen</translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Open…</source>
+        <translation>&amp;Öffnen …</translation>
+    </message>
+    <message>
+        <source>Choose &amp;Destination…</source>
+        <translation>&amp;Ziel wählen …</translation>
+    </message>
+    <message>
+        <source>&amp;Convert Image</source>
+        <translation>Bild &amp;umwandeln</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Ansicht</translation>
+    </message>
+    <message>
+        <source>&amp;Grey Tones</source>
+        <translation>&amp;Graustufen</translation>
+    </message>
+    <message>
+        <source>&amp;Preferences Drawer</source>
+        <translation>&amp;Einstellungsleiste</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>Ormidon Help</source>
+        <translation>Ormidon-Hilfe</translation>
+    </message>
+    <message>
+        <source>Ormidon &amp;Web Site</source>
+        <translation>Ormidon-&amp;Webseite</translation>
+    </message>
+    <message>
+        <source>&amp;More from the Makers of Ormidon</source>
+        <translation>&amp;Mehr von den Machern von Ormidon</translation>
+    </message>
+    <message>
+        <source>Ormidon &amp;Support</source>
+        <translation>Ormidon-&amp;Unterstützung</translation>
+    </message>
+    <message>
+        <source>&amp;About Ormidon</source>
+        <translation>Ü&amp;ber Ormidon</translation>
+    </message>
+    <message>
+        <source>Select Image File</source>
+        <translation>Bilddatei wählen</translation>
+    </message>
+    <message>
+        <source>Images (%1)</source>
+        <translation>Bilder (%1)</translation>
+    </message>
+    <message>
+        <source>Select Destination</source>
+        <translation>Ziel wählen</translation>
+    </message>
+    <message>
+        <source>Choose</source>
+        <translation>Wählen</translation>
+    </message>
+    <message>
+        <source>Ormidon: </source>
+        <translation>Ormidon: </translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>%1 could not be read</source>
+        <translation>%1 konnte nicht gelesen werden</translation>
+    </message>
+    <message>
+        <source>the PDF could not be written</source>
+        <translation>das PDF konnte nicht geschrieben werden</translation>
+    </message>
+    <message>
+        <source>the EPS could not be written</source>
+        <translation>das EPS konnte nicht geschrieben werden</translation>
+    </message>
+    <message>
+        <source>the picture could not be drawn</source>
+        <translation>das Bild konnte nicht gezeichnet werden</translation>
+    </message>
+    <message>
+        <source>%1 was not written: %2</source>
+        <translation>%1 wurde nicht geschrieben: %2</translation>
+    </message>
+    <message numerus="yes">
+        <source>Convert All: %n file(s) not written. %1</source>
+        <translation>
+            <numerusform>Alle umwandeln: %n Datei nicht geschrieben. %1</numerusform>
+            <numerusform>Alle umwandeln: %n Dateien nicht geschrieben. %1</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Out of memory</source>
+        <translation>Nicht genug Speicher</translation>
+    </message>
+    <message>
+        <source>A picture of %1 x %2 pixels cannot be made.</source>
+        <translation>Ein Bild von %1 x %2 Pixeln kann nicht erstellt werden.</translation>
+    </message>
+    <message>
+        <source>There is not enough memory to draw the picture.</source>
+        <translation>Der Speicher reicht nicht, um das Bild zu zeichnen.</translation>
+    </message>
+    <message>
+        <source>Drawing failed</source>
+        <translation>Zeichnen fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>There is not enough memory to write the PDF.</source>
+        <translation>Der Speicher reicht nicht, um das PDF zu schreiben.</translation>
+    </message>
+    <message>
+        <source>There is not enough memory to write the picture.</source>
+        <translation>Der Speicher reicht nicht, um das Bild zu schreiben.</translation>
+    </message>
+    <message>
+        <source>Leave out metadata (camera, date, place)</source>
+        <translation>Metadaten weglassen (Kamera, Datum, Ort)</translation>
+    </message>
+    <message>
+        <source>Converted files keep no EXIF, XMP or IPTC of their source: for pictures shared with others</source>
+        <translation>Umgewandelte Dateien behalten kein EXIF, XMP oder IPTC ihrer Quelle: für Bilder, die Sie mit anderen teilen</translation>
+    </message>
+</context>
+<context>
+    <name>HelpWindow</name>
+    <message>
+        <source>Ormidon Help</source>
+        <translation>Ormidon-Hilfe</translation>
+    </message>
+    <message>
+        <source>◀ Back</source>
+        <translation>◀ Zurück</translation>
+    </message>
+    <message>
+        <source>Forward ▶</source>
+        <translation>Vor ▶</translation>
+    </message>
+    <message>
+        <source>Contents</source>
+        <translation>Inhalt</translation>
+    </message>
+    <message>
+        <source>Ormidon Help: %1</source>
+        <translation>Ormidon-Hilfe: %1</translation>
+    </message>
+</context>
+<context>
+    <name>PropertyList</name>
+    <message>
+        <source>The text holds no property list.</source>
+        <translation>Der Text enthält keine Eigenschaftsliste.</translation>
+    </message>
+    <message>
+        <source>Unexpected text after the end of the dictionary.</source>
+        <translation>Unerwarteter Text nach dem Ende des Wörterbuchs.</translation>
+    </message>
+    <message>
+        <source>Line %1: %2</source>
+        <translation>Zeile %1: %2</translation>
+    </message>
+    <message>
+        <source>A comment is never closed.</source>
+        <translation>Ein Kommentar wird nie geschlossen.</translation>
+    </message>
+    <message>
+        <source>A dictionary is never closed.</source>
+        <translation>Ein Wörterbuch wird nie geschlossen.</translation>
+    </message>
+    <message>
+        <source>A dictionary key must be a string.</source>
+        <translation>Ein Wörterbuchschlüssel muss eine Zeichenkette sein.</translation>
+    </message>
+    <message>
+        <source>Missing &quot;=&quot; after a dictionary key.</source>
+        <translation>Nach einem Wörterbuchschlüssel fehlt „=“.</translation>
+    </message>
+    <message>
+        <source>Missing &quot;;&quot; after a dictionary value.</source>
+        <translation>Nach einem Wörterbuchwert fehlt „;“.</translation>
+    </message>
+    <message>
+        <source>An array is never closed.</source>
+        <translation>Eine Liste wird nie geschlossen.</translation>
+    </message>
+    <message>
+        <source>Missing &quot;,&quot; between array elements.</source>
+        <translation>Zwischen Listenelementen fehlt „,“.</translation>
+    </message>
+    <message>
+        <source>A data value is never closed.</source>
+        <translation>Ein Datenwert wird nie geschlossen.</translation>
+    </message>
+    <message>
+        <source>A data value holds an odd number of hexadecimal digits.</source>
+        <translation>Ein Datenwert enthält eine ungerade Anzahl Hexadezimalziffern.</translation>
+    </message>
+    <message>
+        <source>A data value holds a character that is no hexadecimal digit.</source>
+        <translation>Ein Datenwert enthält ein Zeichen, das keine Hexadezimalziffer ist.</translation>
+    </message>
+    <message>
+        <source>A value is missing at the end of the text.</source>
+        <translation>Am Ende des Textes fehlt ein Wert.</translation>
+    </message>
+    <message>
+        <source>The values are nested too deeply.</source>
+        <translation>Die Werte sind zu tief verschachtelt.</translation>
+    </message>
+    <message>
+        <source>A value must be a string, an array, a dictionary or data.</source>
+        <translation>Ein Wert muss eine Zeichenkette, eine Liste, ein Wörterbuch oder Daten sein.</translation>
+    </message>
+    <message>
+        <source>A quoted string is never closed.</source>
+        <translation>Eine Zeichenkette in Anführungszeichen wird nie geschlossen.</translation>
+    </message>
+    <message>
+        <source>A \U escape holds no hexadecimal digit.</source>
+        <translation>Eine \U-Escape-Folge enthält keine Hexadezimalziffer.</translation>
+    </message>
+</context>
+<context>
+    <name>QApplication</name>
+    <message>
+        <source>Image viewer and converter</source>
+        <translation>Bildbetrachter und -umwandler</translation>
+    </message>
+    <message>
+        <source>Start without the about splash.</source>
+        <translation>Ohne den Begrüßungsbildschirm starten.</translation>
+    </message>
+    <message>
+        <source>Start a new window even when Ormidon is running.</source>
+        <translation>Ein neues Fenster öffnen, auch wenn Ormidon schon läuft.</translation>
+    </message>
+    <message>
+        <source>Image files to open; with --convert, files and folders.</source>
+        <translation>Zu öffnende Bilddateien; mit --convert Dateien und Ordner.</translation>
+    </message>
+</context>
+<context>
+    <name>QObject</name>
+    <message>
+        <source>no encoder for this format</source>
+        <translation>kein Kodierer für dieses Format</translation>
+    </message>
+    <message>
+        <source>there is no picture to write</source>
+        <translation>es gibt kein Bild zu schreiben</translation>
+    </message>
+    <message>
+        <source>the folder cannot be written to</source>
+        <translation>in den Ordner kann nicht geschrieben werden</translation>
+    </message>
+    <message>
+        <source>the encoder refused the picture</source>
+        <translation>der Kodierer hat das Bild abgelehnt</translation>
+    </message>
+    <message>
+        <source>not every byte reached the disk (is it full or read-only?)</source>
+        <translation>nicht jedes Byte hat den Datenträger erreicht (ist er voll oder schreibgeschützt?)</translation>
+    </message>
+    <message>
+        <source>there is not enough memory</source>
+        <translation>der Speicher reicht nicht</translation>
+    </message>
+    <message>
+        <source>error %1</source>
+        <translation>Fehler %1</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Anhalten</translation>
+    </message>
+    <message>
+        <source>Convert All</source>
+        <translation>Alle umwandeln</translation>
+    </message>
+    <message>
+        <source>Ormidon</source>
+        <translation>Ormidon</translation>
+    </message>
+    <message>
+        <source>The file %1 already exists. Do you want to replace it?</source>
+        <translation>Die Datei %1 existiert bereits. Möchten Sie sie ersetzen?</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>Skip</source>
+        <translation>Überspringen</translation>
+    </message>
+</context>
+</TS>

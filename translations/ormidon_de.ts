@@ -496,5 +496,9 @@
         <source>Skip</source>
         <translation>Überspringen</translation>
     </message>
+    <message>
+        <source>the picture is larger than this format can hold</source>
+        <translation>das Bild ist größer, als dieses Format aufnehmen kann</translation>
+    </message>
 </context>
 </TS>

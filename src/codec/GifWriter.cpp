@@ -3,7 +3,7 @@
 #include "codec/RasterWriters.h"
 #include "codec/SafeReplace.h"
 
-#include <QSaveFile>
+#include <QIODevice>
 
 #include <gif_lib.h>
 #include <libimagequant.h>
@@ -39,7 +39,7 @@ void pictureRow(liq_color rowOut[], int row, int width, void* user) {
 }
 
 int writeToFile(GifFileType* gif, const GifByteType* bytes, int length) {
-    auto* file = static_cast<QSaveFile*>(gif->UserData);
+    auto* file = static_cast<QIODevice*>(gif->UserData);
     return int(file->write(reinterpret_cast<const char*>(bytes), length));
 }
 
@@ -64,7 +64,7 @@ struct LiqResult {
 
 // The GIF file: screen and image descriptors, the palette, the transparent index (if any) and
 // the rows of indices, LZW-packed by giflib straight into `file`.
-bool encode(QSaveFile& file, const std::vector<uchar>& indices, int w, int h,
+bool encode(QIODevice& file, const std::vector<uchar>& indices, int w, int h,
             const liq_palette& palette) {
     int error = 0;
     GifFileType* gif = EGifOpen(&file, writeToFile, &error);
@@ -105,7 +105,7 @@ void encodeOnThisThreadOnly() {
     omp_set_num_threads(1);
 }
 
-int16_t writeGif(const QImage& input, QSaveFile& file) {
+int16_t writeGif(const QImage& input, QIODevice& file) {
     // GIF sizes are 16-bit.
     if (input.width() > 65535 || input.height() > 65535)
         return kEncoderFailed;

@@ -3,6 +3,7 @@
 #include "codec/FormatRegistry.h"
 #include "codec/GifWriter.h"
 #include "codec/MagickSupport.h"
+#include "codec/PngWriter.h"
 #include "codec/SafeReplace.h"
 
 #include <QByteArray>
@@ -51,10 +52,19 @@ int dotsPerMetre(float dpi) {
     return int(std::lround(double(dpi) / 0.0254));
 }
 
-// The encoders write into a QSaveFile: a temporary file beside the output, synced to the disk
-// and renamed over it only when every byte is there. A refusing encoder (`write` returns a
-// status other than 0), a full disk or a read-only medium leaves the output path as it was.
-int16_t writeThrough(const QString& path, const std::function<int16_t(QSaveFile&)>& write) {
+// The encoders write into a temporary file beside the output, renamed over it only when every
+// byte is there (see SafeReplace.h for when it is synced to the disk first). A refusing encoder
+// (`write` returns a status other than 0), a full disk or a read-only medium leaves the output
+// path as it was.
+int16_t writeThrough(const QString& path, const std::function<int16_t(QIODevice&)>& write) {
+    if (!SafeReplace::replacesUserContent(path)) {
+        SafeReplace::FreshFile file(path);
+        if (!file.open())
+            return kCannotOpenFile;
+        if (const int16_t status = write(file))
+            return status; // the temporary file goes with `file`
+        return file.commit() ? 0 : kWriteFailed;
+    }
     QSaveFile file(path);
     if (!SafeReplace::openForReplacement(file))
         return kCannotOpenFile;
@@ -70,7 +80,7 @@ int16_t writeWithQt(const QImage& picture, const QString& path, const char* name
     // callers that own a large picture record it first (recordResolution).
     QImage image = picture;
     recordResolution(image, dpi);
-    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+    return writeThrough(path, [&](QIODevice& file) -> int16_t {
         // Straight into the file: the encoders stream their rows, so no second copy of the
         // encoded picture is held in memory.
         QImageWriter writer(&file, name);
@@ -125,7 +135,7 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
     } // the pixels go before the file is written
     if (blob.length() == 0)
         return kEncoderFailed;
-    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+    return writeThrough(path, [&](QIODevice& file) -> int16_t {
         const auto length = qint64(blob.length());
         return file.write(static_cast<const char*>(blob.data()), length) == length ? 0
                                                                                   : kWriteFailed;
@@ -138,11 +148,10 @@ void prepareForEncoder(QImage& picture, uint32_t subtype) {
     const FormatRow* row = FormatRegistry::rowForSubtype(subtype);
     if (!row || picture.format() != QImage::Format_ARGB32_Premultiplied)
         return;
-    // Qt's PNG writer and Magick take straight alpha and would make an unpremultiplied copy of
-    // the whole picture; converted here, in the picture's own pixels, no copy is made.
-    const bool wantsStraightAlpha =
-        row->encoder == Encoder::Magick || QByteArrayView(row->coder) == "png";
-    if (wantsStraightAlpha)
+    // Magick takes straight alpha and would make an unpremultiplied copy of the whole picture;
+    // converted here, in the picture's own pixels, no copy is made. The PNG writer
+    // unpremultiplies row by row itself.
+    if (row->encoder == Encoder::Magick)
         picture.convertTo(QImage::Format_ARGB32);
 }
 
@@ -164,6 +173,7 @@ bool rasterWriterExists(uint32_t subtype) {
     case Encoder::Magick:
         return magickCanWrite(row->coder);
     case Encoder::Gif:
+    case Encoder::Png:
         return true;
     default:
         return false;
@@ -183,7 +193,9 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         case Encoder::Qt:
             return writeWithQt(picture, path, row->coder, dpi);
         case Encoder::Gif:
-            return writeThrough(path, [&](QSaveFile& file) { return writeGif(picture, file); });
+            return writeThrough(path, [&](QIODevice& file) { return writeGif(picture, file); });
+        case Encoder::Png:
+            return writeThrough(path, [&](QIODevice& file) { return writePng(picture, file, dpi); });
         default:
             return writeWithMagick(picture, path, row->coder, dpi);
         }

@@ -81,9 +81,8 @@ bool BandedDeflate::compress(std::span<const uint8_t> band, bool last, std::vect
     }
     const size_t head = out.size();
     out.resize(head + libdeflate_deflate_compress_bound(compressor, band.size()));
-    const size_t packed =
-        libdeflate_deflate_compress(compressor, band.data(), band.size(), out.data() + head,
-                                    out.size() - head);
+    const size_t packed = libdeflate_deflate_compress(compressor, band.data(), band.size(),
+                                                      out.data() + head, out.size() - head);
     if (packed == 0)
         return false;
     out.resize(head + packed);
@@ -93,7 +92,8 @@ bool BandedDeflate::compress(std::span<const uint8_t> band, bool last, std::vect
         appendBigEndian(out, adler);
         return true;
     }
-    const std::optional<StreamEnds> ends = streamEnds(out.data() + head, packed, band.size(), inflated);
+    const std::optional<StreamEnds> ends =
+        streamEnds(out.data() + head, packed, band.size(), inflated);
     if (!ends)
         return false;
     // The band's closing block becomes an ordinary one ...

@@ -40,7 +40,8 @@ bool writeChunk(QIODevice& file, const char type[5], const uint8_t* data, size_t
         crc = libdeflate_crc32(crc, data, size);
     putBigEndian(tail, crc);
     return file.write(reinterpret_cast<const char*>(head), 8) == 8 &&
-           (size == 0 || file.write(reinterpret_cast<const char*>(data), qint64(size)) == qint64(size)) &&
+           (size == 0 ||
+            file.write(reinterpret_cast<const char*>(data), qint64(size)) == qint64(size)) &&
            file.write(reinterpret_cast<const char*>(tail), 4) == 4;
 }
 
@@ -73,7 +74,7 @@ QImage readableForm(const QImage& picture) {
         return picture;
     default:
         return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32
-                                                                : QImage::Format_RGB32);
+                                                                 : QImage::Format_RGB32);
     }
 }
 
@@ -187,8 +188,8 @@ bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dp
     if (!writeChunk(file, "IHDR", ihdr, sizeof ihdr))
         return false;
 
-    const QByteArray icc = image.colorSpace().isValid() ? image.colorSpace().iccProfile()
-                                                        : QByteArray();
+    const QByteArray icc =
+        image.colorSpace().isValid() ? image.colorSpace().iccProfile() : QByteArray();
     if (!icc.isEmpty()) {
         // A name, its terminator, the compression method (0, zlib) and the compressed profile.
         QByteArray iccp("ICC Profile", 12);
@@ -199,8 +200,8 @@ bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dp
         const size_t bound = libdeflate_zlib_compress_bound(compressor, size_t(icc.size()));
         const qsizetype at = iccp.size();
         iccp.resize(at + qsizetype(bound));
-        const size_t packed = libdeflate_zlib_compress(compressor, icc.constData(), size_t(icc.size()),
-                                                       iccp.data() + at, bound);
+        const size_t packed = libdeflate_zlib_compress(compressor, icc.constData(),
+                                                       size_t(icc.size()), iccp.data() + at, bound);
         libdeflate_free_compressor(compressor);
         iccp.resize(at + qsizetype(packed));
         if (packed == 0 || !writeChunk(file, "iCCP", iccp))
@@ -267,7 +268,8 @@ int16_t writePng(const QImage& picture, QIODevice& file, float dpi) {
         const int rows = int(std::min<size_t>(rowsPerBand, size_t(height - y)));
         for (int i = 0; i < rows; ++i, ++y) {
             rowSamples(image, y, type, current.data());
-            filter.filter(current.data(), previous.data(), band.data() + size_t(i) * (rowBytes + 1));
+            filter.filter(current.data(), previous.data(),
+                          band.data() + size_t(i) * (rowBytes + 1));
             current.swap(previous);
         }
         const bool last = y == height;

@@ -45,7 +45,7 @@ public:
     FreshFile(const FreshFile&) = delete;
     FreshFile& operator=(const FreshFile&) = delete;
 
-    bool open(); // write only, as a new file; false when the folder cannot take it
+    bool open();   // write only, as a new file; false when the folder cannot take it
     bool commit(); // every byte written and the file in place
     void discard();
 

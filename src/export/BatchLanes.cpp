@@ -100,7 +100,7 @@ SourceRead BatchLanes::take(const QString& path, BatchLane& lane) {
             read = std::move(it->second);
             ahead.erase(it);
         } else {
-            freeLanes.acquire(); // whichever lane frees first
+            freeLanes.acquire();         // whichever lane frees first
             memory.hold(bytesOf(index)); // and the memory of the files in flight, if need be
             read = readOnLane(index);
         }

@@ -34,8 +34,8 @@ public:
     BatchLane(LaneCount* lanes, BatchMemory* memory, int64_t bytes)
         : lanes(lanes), memory(memory), bytes(bytes) {}
     BatchLane(BatchLane&& other) noexcept
-        : lanes(std::exchange(other.lanes, nullptr)),
-          memory(std::exchange(other.memory, nullptr)), bytes(std::exchange(other.bytes, 0)) {}
+        : lanes(std::exchange(other.lanes, nullptr)), memory(std::exchange(other.memory, nullptr)),
+          bytes(std::exchange(other.bytes, 0)) {}
     BatchLane& operator=(BatchLane&& other) noexcept {
         if (this != &other) {
             release();

@@ -25,8 +25,8 @@ std::optional<JpegFrame> jpegFrame(QIODevice& file) {
             return std::nullopt;
         const uchar marker = head[1];
         const int length = (head[2] << 8) | head[3];
-        const bool frame = marker >= 0xc0 && marker <= 0xcf && marker != 0xc4 &&
-                           marker != 0xc8 && marker != 0xcc;
+        const bool frame =
+            marker >= 0xc0 && marker <= 0xcf && marker != 0xc4 && marker != 0xc8 && marker != 0xcc;
         if (frame) {
             uchar sof[5]; // precision, height, width
             if (file.read(reinterpret_cast<char*>(sof), 5) != 5)

@@ -24,8 +24,8 @@ QImage picture() {
 }
 
 QStringList everythingIn(const QString& folder) {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
-                                  QDir::NoDotAndDotDot, QDir::Name);
+    return QDir(folder).entryList(
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 void makeFile(const QString& path, const QByteArray& bytes) {
@@ -81,8 +81,7 @@ private slots:
         QTest::addColumn<QByteArray>("code");
         QTest::addColumn<bool>("placeholder");
         for (const char* code : {"PNGf", "JPEG", "TIFF", "GIF "}) {
-            QTest::newRow(QByteArray(code).append(" new").constData())
-                << QByteArray(code) << false;
+            QTest::newRow(QByteArray(code).append(" new").constData()) << QByteArray(code) << false;
             QTest::newRow(QByteArray(code).append(" over the empty file").constData())
                 << QByteArray(code) << true;
         }
@@ -94,7 +93,8 @@ private slots:
         const QString path = dir.filePath("out");
         if (placeholder)
             makeFile(path, {});
-        const uint32_t subtype = fourCharCode(*reinterpret_cast<const char(*)[5]>(code.constData()));
+        const uint32_t subtype =
+            fourCharCode(*reinterpret_cast<const char(*)[5]>(code.constData()));
         QCOMPARE(writeRaster(picture(), path, subtype, 72.0f), int16_t(0));
         QCOMPARE(everythingIn(dir.path()), QStringList{"out"});
         QCOMPARE(modeOf(path), defaultMode());

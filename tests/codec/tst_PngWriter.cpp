@@ -29,8 +29,8 @@ QImage photoLike(int w, int h, QImage::Format format, bool varyAlpha = false) {
         for (int x = 0; x < w; ++x) {
             const int noise = int(random() % 9);
             const int alpha = varyAlpha ? (x * 7 + y * 3) % 256 : 255;
-            row[x] = qRgba((x + noise) & 255, (y * 2 + noise) & 255, ((x ^ y) + noise) & 255,
-                           alpha);
+            row[x] =
+                qRgba((x + noise) & 255, (y * 2 + noise) & 255, ((x ^ y) + noise) & 255, alpha);
         }
     }
     return image.convertToFormat(format);
@@ -90,9 +90,9 @@ QByteArray inflatedIdat(const QByteArray& png, qsizetype expected) {
             stream += c.data;
     QByteArray out(expected + 16, '\0');
     uLongf length = uLongf(out.size());
-    const int status = uncompress(reinterpret_cast<Bytef*>(out.data()), &length,
-                                  reinterpret_cast<const Bytef*>(stream.constData()),
-                                  uLong(stream.size()));
+    const int status =
+        uncompress(reinterpret_cast<Bytef*>(out.data()), &length,
+                   reinterpret_cast<const Bytef*>(stream.constData()), uLong(stream.size()));
     return status == Z_OK ? out.left(qsizetype(length)) : QByteArray();
 }
 

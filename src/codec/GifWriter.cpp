@@ -101,6 +101,11 @@ bool encode(QIODevice& file, const std::vector<uchar>& indices, int w, int h,
 
 } // namespace
 
+int64_t gifWorkingSet(int64_t pixels) {
+    constexpr int64_t kWholeCopyLimit = int64_t(1) << 22; // its 64 MB of 16-byte pixels
+    return pixels + (pixels <= kWholeCopyLimit ? 16 * pixels : 0);
+}
+
 void encodeOnThisThreadOnly() {
     omp_set_num_threads(1);
 }

@@ -76,9 +76,10 @@ public:
     using Reader = std::function<SourceRead(const QString& path)>;
     using Estimator = std::function<int64_t(const QString& path)>; // see BatchMemory::estimate
 
-    BatchLanes(QStringList files, Reader reader, int laneCount = idealLaneCount(),
-               Estimator estimate = &BatchMemory::estimate,
-               int64_t memoryBudget = BatchMemory::kDefaultBudget);
+    BatchLanes(
+        QStringList files, Reader reader, int laneCount = idealLaneCount(),
+        Estimator estimate = [](const QString& path) { return BatchMemory::estimate(path); },
+        int64_t memoryBudget = BatchMemory::kDefaultBudget);
     ~BatchLanes(); // waits for every lane
     BatchLanes(const BatchLanes&) = delete;
     BatchLanes& operator=(const BatchLanes&) = delete;

@@ -1,5 +1,8 @@
 #include "export/BatchMemory.h"
 
+#include "codec/FormatRegistry.h"
+#include "codec/GifWriter.h"
+
 #include <QFile>
 #include <QImageReader>
 
@@ -44,17 +47,23 @@ std::optional<JpegFrame> jpegFrame(QIODevice& file) {
 
 } // namespace
 
-int64_t BatchMemory::estimate(const QString& path) {
+int64_t BatchMemory::estimate(const QString& path, uint32_t subtype) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return 0;
+    JpegFrame frame;
     if (file.peek(2) == QByteArray("\xff\xd8", 2)) {
-        const std::optional<JpegFrame> frame = jpegFrame(file);
-        return frame ? frame->pixels * 4 * (frame->progressive ? 2 : 1) : 0;
+        frame = jpegFrame(file).value_or(JpegFrame{});
+    } else {
+        file.close();
+        const QSize size = QImageReader(path).size();
+        if (size.isValid())
+            frame.pixels = int64_t(size.width()) * int64_t(size.height());
     }
-    file.close();
-    const QSize size = QImageReader(path).size();
-    return size.isValid() ? int64_t(size.width()) * int64_t(size.height()) * 4 : 0;
+    int64_t bytes = frame.pixels * 4 * (frame.progressive ? 2 : 1);
+    if (frame.pixels > 0 && subtype == fourCharCode("GIF "))
+        bytes += gifWorkingSet(frame.pixels);
+    return bytes;
 }
 
 bool BatchMemory::tryHold(int64_t bytes) {

@@ -21,10 +21,11 @@ public:
     void hold(int64_t bytes);    // waits until it can be held
     void release(int64_t bytes);
 
-    // The most a file's decoding holds at once, from its header alone: its picture as 32-bit
-    // pixels, twice that for a progressive JPEG (whose decoder keeps every coefficient of the
-    // picture until its last scan). 0 when the header tells no size.
-    static int64_t estimate(const QString& path);
+    // The most a file holds at once, from its header alone: its picture as 32-bit pixels, twice
+    // that for a progressive JPEG (whose decoder keeps every coefficient of the picture until
+    // its last scan), and what the encoder of `subtype` (the output format's) holds beyond the
+    // picture. 0 when the header tells no size.
+    static int64_t estimate(const QString& path, uint32_t subtype = 0);
 
 private:
     const int64_t budget;

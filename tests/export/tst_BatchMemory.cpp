@@ -2,6 +2,8 @@
 // header (progressive JPEGs hold their coefficients too), the budget's admission rule, and the
 // lanes keeping the files in flight within it while still overlapping small files.
 
+#include "codec/FormatRegistry.h"
+#include "codec/GifWriter.h"
 #include "export/BatchLanes.h"
 #include "export/BatchMemory.h"
 
@@ -38,6 +40,11 @@ private slots:
         QVERIFY(!baseline.isEmpty() && !progressive.isEmpty());
         QCOMPARE(BatchMemory::estimate(baseline), int64_t(300 * 200 * 4));
         QCOMPARE(BatchMemory::estimate(progressive), int64_t(2 * 300 * 200 * 4));
+        // Written as GIF, the encoder's indices and dithering copy come on top.
+        QCOMPARE(BatchMemory::estimate(baseline, fourCharCode("GIF ")),
+                 int64_t(300 * 200 * 4) + gifWorkingSet(300 * 200));
+        QCOMPARE(gifWorkingSet(300 * 200), int64_t(300 * 200 * 17));
+        QCOMPARE(gifWorkingSet(5000 * 1000), int64_t(5000 * 1000)); // dithered row by row
 
         QImage png(100, 50, QImage::Format_ARGB32);
         png.fill(Qt::transparent);

@@ -6,7 +6,8 @@
 #     so every tool writes the photographs' own pixels; the script checks the output sizes;
 #   - JPEG at quality 75 (4:2:0, no optimised tables) everywhere;
 #   - PNG at zlib level 6 with libpng's adaptive filter choice (gm and ImageMagick: -quality 65,
-#     vips: compression=6 filter=all; Ormidon's writer uses libpng's defaults, which are these);
+#     vips: compression=6 filter=all; Ormidon's own writer filters the same way and compresses
+#     with libdeflate at level 6, so the output sizes are printed beside the times);
 #   - TIFF and BMP uncompressed; GIF 256 colours, dithered.
 #
 # Tools: the libjpeg-turbo floor (djpeg | cjpeg, two files at a time), gm mogrify, vips (two
@@ -14,11 +15,12 @@
 # at 150 dpi turned by 30 degrees to PNG (vips: resize then rotate on white; ImageMagick and gm:
 # -resize then -rotate on white).
 #
-# Each line gives wall seconds, processor seconds and peak resident memory (MB; for the tools
-# run two at a time, that of the larger process), then the ratios the project aims at: JPEG
-# within 1.5x the two-core floor, every other format at most 0.8x the fastest peer, memory at
-# most gm's. The machine is shared: compare ratios within a run, and repeat (RUNS=3 gives
-# medians).
+# Each line gives wall seconds, processor seconds, peak resident memory (MB; for the tools run
+# two at a time, that of the larger process), the output's megapixels and its size on disk
+# (MB: a faster encoder must not buy its speed with bigger files), then the ratios the project
+# aims at: JPEG within 1.5x the two-core floor, every other format at most 0.8x the fastest
+# peer, memory at most gm's. The machine is shared: compare ratios within a run, and repeat
+# (RUNS=3 gives medians).
 #
 #   bench/convert_all.sh                  everything, once
 #   FORMATS="jpg png" TRANSFORM=0 RUNS=3 bench/convert_all.sh
@@ -92,7 +94,7 @@ job_command() {
     esac
 }
 
-declare -A wall cpu peak outmp filesps
+declare -A wall cpu peak outmp outmb filesps
 run_job() { # key tool fmt src dpi angle
     local key=$1
     rm -rf "$WORK/out"
@@ -112,13 +114,15 @@ run_job() { # key tool fmt src dpi angle
     written=$(ls "$WORK/out" | wc -l)
     [ "$written" -eq "$(ls "$WORK/$4" | wc -l)" ] || echo "warning: $key wrote $written files" >&2
     outmp[$key]=$(pixels_of "$WORK/out")
+    outmb[$key]=$(du -sb "$WORK/out" | awk '{printf "%.1f", $1 / 1e6}')
 }
 
 median() { tr ' ' '\n' | grep -v '^$' | sort -g | awk '{a[NR]=$1} END {print a[int((NR+1)/2)]}'; }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN {printf "%.2f", a / b}'; }
 row() { # label key
-    printf '  %-22s %8s %8s %8s %9s\n' "$1" "$(echo "${wall[$2]}" | median)" \
-        "$(echo "${cpu[$2]}" | median)" "$(echo "${peak[$2]}" | median)" "${outmp[$2]}"
+    printf '  %-22s %8s %8s %8s %9s %9s\n' "$1" "$(echo "${wall[$2]}" | median)" \
+        "$(echo "${cpu[$2]}" | median)" "$(echo "${peak[$2]}" | median)" "${outmp[$2]}" \
+        "${outmb[$2]}"
 }
 
 for run in $(seq 1 "$RUNS"); do
@@ -139,7 +143,7 @@ done
 
 verdict() { awk -v r="$1" -v t="$2" 'BEGIN {print (r <= t) ? "met" : "NOT met"}'; }
 echo
-printf '  %-22s %8s %8s %8s %9s\n' "job / tool" "wall s" "cpu s" "peak MB" "out MP"
+printf '  %-22s %8s %8s %8s %9s %9s\n' "job / tool" "wall s" "cpu s" "peak MB" "out MP" "out MB"
 for fmt in $FORMATS; do
     echo "JPEG to $fmt"
     tools="ormidon gm vips im6"

@@ -28,6 +28,7 @@ enum class Encoder {
     Qt,     // QImageWriter, by `coder` as Qt's format name
     Magick, // Magick++, by `coder` as Magick's coder name
     Gif,    // the program's GIF writer (libimagequant and giflib)
+    Png,    // the program's PNG writer (libdeflate)
     Pdf,    // the program's PDF writer
     Eps,    // the program's EPS writer
     Webp,   // libwebp (ModernWriters.h)
@@ -88,7 +89,7 @@ inline constexpr FormatRow kRows[] = {
   {"FPix", fourCharCode("FPix"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"GIF ", fourCharCode("GIF "), Encoder::Gif, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr, nullptr},
   {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget, true, true},
-  {"PNGf", fourCharCode("PNGf"), kQt,     "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr, true, true},
+  {"PNGf", fourCharCode("PNGf"), Encoder::Png, "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr, true, true},
   {"PNTG", fourCharCode("PNTG"), kLegacy, "paint", nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},
   {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi, nullptr, true, true},
   {"TPIC", fourCharCode("TPIC"), kMagick, "TGA",   nullptr, false, "tga",                "tga",   "TGA",                      nullptr, nullptr},

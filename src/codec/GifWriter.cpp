@@ -4,7 +4,7 @@
 #include "codec/RasterWriters.h"
 #include "codec/SafeReplace.h"
 
-#include <QSaveFile>
+#include <QIODevice>
 
 #include <gif_lib.h>
 #include <omp.h>
@@ -15,13 +15,13 @@
 namespace {
 
 int writeToFile(GifFileType* gif, const GifByteType* bytes, int length) {
-    auto* file = static_cast<QSaveFile*>(gif->UserData);
+    auto* file = static_cast<QIODevice*>(gif->UserData);
     return int(file->write(reinterpret_cast<const char*>(bytes), length));
 }
 
 // The GIF file: screen and image descriptors, the palette, the transparent index (if any) and
 // the rows of indices, LZW-packed by giflib straight into `file`.
-bool encode(QSaveFile& file, const QuantisedPicture& picture) {
+bool encode(QIODevice& file, const QuantisedPicture& picture) {
     const int w = picture.width;
     const int h = picture.height;
     int error = 0;
@@ -61,11 +61,16 @@ bool encode(QSaveFile& file, const QuantisedPicture& picture) {
 
 } // namespace
 
+int64_t gifWorkingSet(int64_t pixels) {
+    constexpr int64_t kWholeCopyLimit = int64_t(1) << 22; // its 64 MB of 16-byte pixels
+    return pixels + (pixels <= kWholeCopyLimit ? 16 * pixels : 0);
+}
+
 void encodeOnThisThreadOnly() {
     omp_set_num_threads(1);
 }
 
-int16_t writeGif(const QImage& input, QSaveFile& file) {
+int16_t writeGif(const QImage& input, QIODevice& file) {
     // GIF sizes are 16-bit.
     if (input.width() > 65535 || input.height() > 65535)
         return kEncoderFailed;

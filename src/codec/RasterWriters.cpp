@@ -5,6 +5,7 @@
 #include "codec/GifWriter.h"
 #include "codec/MagickSupport.h"
 #include "codec/ModernWriters.h"
+#include "codec/PngWriter.h"
 #include "codec/SafeReplace.h"
 #include "codec/legacy/LegacyWriters.h"
 
@@ -56,10 +57,19 @@ int dotsPerMetre(float dpi) {
     return int(std::lround(double(dpi) / 0.0254));
 }
 
-// The encoders write into a QSaveFile: a temporary file beside the output, synced to the disk
-// and renamed over it only when every byte is there. A refusing encoder (`write` returns a
-// status other than 0), a full disk or a read-only medium leaves the output path as it was.
-int16_t writeThrough(const QString& path, const std::function<int16_t(QSaveFile&)>& write) {
+// The encoders write into a temporary file beside the output, renamed over it only when every
+// byte is there (see SafeReplace.h for when it is synced to the disk first). A refusing encoder
+// (`write` returns a status other than 0), a full disk or a read-only medium leaves the output
+// path as it was.
+int16_t writeThrough(const QString& path, const std::function<int16_t(QFileDevice&)>& write) {
+    if (!SafeReplace::replacesUserContent(path)) {
+        SafeReplace::FreshFile file(path);
+        if (!file.open())
+            return kCannotOpenFile;
+        if (const int16_t status = write(file))
+            return status; // the temporary file goes with `file`
+        return file.commit() ? 0 : kWriteFailed;
+    }
     QSaveFile file(path);
     if (!SafeReplace::openForReplacement(file))
         return kCannotOpenFile;
@@ -71,9 +81,25 @@ int16_t writeThrough(const QString& path, const std::function<int16_t(QSaveFile&
 }
 
 int16_t writeBytes(const QString& path, const QByteArray& bytes) {
-    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+    return writeThrough(path, [&](QIODevice& file) -> int16_t {
         return file.write(bytes) == bytes.size() ? 0 : kWriteFailed;
     });
+}
+
+// The program's PNG writer: streamed into the file, or, with metadata to carry, encoded in
+// memory so that the metadata goes in before the file appears.
+int16_t writePngWith(const QImage& picture, const QString& path, float dpi,
+                     const ImageMetadata& metadata) {
+    if (metadata.isEmpty())
+        return writeThrough(path, [&](QIODevice& file) { return writePng(picture, file, dpi); });
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    if (const int16_t status = writePng(picture, buffer, dpi))
+        return status;
+    QByteArray bytes = buffer.buffer();
+    buffer.close();
+    MetadataCarrier::embed(bytes, metadata); // a refusal leaves the picture without it
+    return writeBytes(path, bytes);
 }
 
 int16_t writeWithQt(const QImage& picture, const QString& path, const char* name, float dpi,
@@ -95,7 +121,7 @@ int16_t writeWithQt(const QImage& picture, const QString& path, const char* name
         MetadataCarrier::embed(bytes, metadata); // a refusal leaves the picture without it
         return writeBytes(path, bytes);
     }
-    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+    return writeThrough(path, [&](QIODevice& file) -> int16_t {
         // Straight into the file: the encoders stream their rows, so no second copy of the
         // encoded picture is held in memory.
         QImageWriter writer(&file, name);
@@ -160,7 +186,7 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
         MetadataCarrier::embed(bytes, metadata);
         return writeBytes(path, bytes);
     }
-    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+    return writeThrough(path, [&](QIODevice& file) -> int16_t {
         const auto length = qint64(blob.length());
         return file.write(static_cast<const char*>(blob.data()), length) == length ? 0
                                                                                   : kWriteFailed;
@@ -175,7 +201,7 @@ int16_t writeModern(const QImage& picture, const QString& path, uint32_t subtype
     how.xmp = metadata.xmp;
     if (const int16_t status = encodeModern(picture, subtype, how, bytes))
         return status;
-    return writeThrough(path, [&](QSaveFile& file) -> int16_t {
+    return writeThrough(path, [&](QIODevice& file) -> int16_t {
         return file.write(bytes) == bytes.size() ? 0 : kWriteFailed;
     });
 }
@@ -186,11 +212,10 @@ void prepareForEncoder(QImage& picture, uint32_t subtype) {
     const FormatRow* row = FormatRegistry::rowForSubtype(subtype);
     if (!row || picture.format() != QImage::Format_ARGB32_Premultiplied)
         return;
-    // Qt's PNG writer and Magick take straight alpha and would make an unpremultiplied copy of
-    // the whole picture; converted here, in the picture's own pixels, no copy is made.
-    const bool wantsStraightAlpha =
-        row->encoder == Encoder::Magick || QByteArrayView(row->coder) == "png";
-    if (wantsStraightAlpha)
+    // Magick takes straight alpha and would make an unpremultiplied copy of the whole picture;
+    // converted here, in the picture's own pixels, no copy is made. The PNG writer
+    // unpremultiplies row by row itself.
+    if (row->encoder == Encoder::Magick)
         picture.convertTo(QImage::Format_ARGB32);
 }
 
@@ -212,6 +237,7 @@ bool rasterWriterExists(uint32_t subtype) {
     case Encoder::Magick:
         return magickCanWrite(row->coder);
     case Encoder::Gif:
+    case Encoder::Png:
         return true;
     case Encoder::Webp:
     case Encoder::Heif:
@@ -244,13 +270,15 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         case Encoder::Qt:
             return writeWithQt(pixels, path, row->coder, dpi, carried);
         case Encoder::Gif:
-            return writeThrough(path, [&](QSaveFile& file) { return writeGif(pixels, file); });
+            return writeThrough(path, [&](QIODevice& file) { return writeGif(pixels, file); });
+        case Encoder::Png:
+            return writePngWith(pixels, path, dpi, carried);
         case Encoder::Webp:
         case Encoder::Heif:
         case Encoder::Jxl:
             return writeModern(pixels, path, subtype, dpi, carried, source);
         case Encoder::Legacy:
-            return writeThrough(path, [&](QSaveFile& file) {
+            return writeThrough(path, [&](QFileDevice& file) {
                 return LegacyWriters::write(row->coder, pixels, file, dpi);
             });
         default:

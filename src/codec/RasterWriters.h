@@ -6,11 +6,11 @@
 
 #include "codec/ImageMetadata.h"
 
-// One encoder per raster subtype of the format table: BMPf, JPEG, PNGf and TIFF through Qt's
-// writers; 'GIF ' through the program's own (GifWriter.h); '8BPS' (Photoshop), '.SGI' and 'TPIC'
-// (Targa) through Magick++; WEBP, AVIF, HEIC and 'JXL ' through their own libraries
-// (ModernWriters.h); MooV, PNTG, qtif, FLC and SWFL through the program's own writers of the
-// older formats (legacy/LegacyWriters.h).
+// One encoder per raster subtype of the format table: BMPf, JPEG and TIFF through Qt's writers;
+// 'GIF ' and PNGf through the program's own (GifWriter.h, PngWriter.h); '8BPS' (Photoshop),
+// '.SGI' and 'TPIC' (Targa) through Magick++; WEBP, AVIF, HEIC and 'JXL ' through their own
+// libraries (ModernWriters.h); MooV, PNTG, qtif, FLC and SWFL through the program's own writers
+// of the older formats (legacy/LegacyWriters.h).
 
 // Status codes of the raster writers. 0 is success; every failure is negative so that the
 // callers, which only look at zero or not, never mistake one for success.
@@ -48,7 +48,7 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
 void recordResolution(QImage& picture, float dpi);
 
 // Brings the picture, in place, into the pixel form the subtype's encoder takes without a copy
-// of its own (straight alpha for PNG and the Magick coders). For the sole owner of a large
+// of its own (straight alpha for the Magick coders). For the sole owner of a large
 // picture, before handing it to writeRaster; the pixels drawn stay the same.
 void prepareForEncoder(QImage& picture, uint32_t subtype);
 

@@ -19,12 +19,12 @@ QHash<QString, QString>& asideOf() {
     return map;
 }
 
-QString hiddenNameBeside(const QString& path) {
+QString hiddenNameBeside(const QString& path, const QString& kind = QStringLiteral("previous")) {
     const QFileInfo info(path);
     for (int attempt = 0; attempt < 100; ++attempt) {
         const QString candidate = info.dir().filePath(
-            QStringLiteral(".%1.ormidon-previous-%2")
-                .arg(info.fileName())
+            QStringLiteral(".%1.ormidon-%2-%3")
+                .arg(info.fileName(), kind)
                 .arg(QRandomGenerator::global()->generate(), 8, 16, QLatin1Char('0')));
         if (!QFileInfo::exists(candidate) && !QFileInfo(candidate).isSymLink())
             return candidate;
@@ -84,6 +84,53 @@ bool openForReplacement(QSaveFile& file) {
     if (!target.exists() && target.isSymLink())
         return false; // a dangling link: where it leads is no place the user chose
     return file.open(QIODevice::WriteOnly);
+}
+
+bool replacesUserContent(const QString& path) {
+    {
+        const std::lock_guard lock(mutex);
+        if (asideOf().contains(path))
+            return true;
+    }
+    const QFileInfo info(path);
+    if (info.isSymLink())
+        return true; // where it leads is the user's: QSaveFile writes there, as before
+    return info.exists() && !(info.isFile() && info.size() == 0);
+}
+
+FreshFile::FreshFile(const QString& path) : target(path) {}
+
+FreshFile::~FreshFile() {
+    discard();
+}
+
+bool FreshFile::open() {
+    const QString name = hiddenNameBeside(target, QStringLiteral("new"));
+    if (name.isEmpty())
+        return false;
+    setFileName(name);
+    return QFile::open(QIODevice::WriteOnly | QIODevice::NewOnly);
+}
+
+bool FreshFile::commit() {
+    if (!isOpen())
+        return false;
+    const bool written = flush() && error() == QFileDevice::NoError;
+    close();
+    if (!written || error() != QFileDevice::NoError || !move(fileName(), target)) {
+        discard();
+        return false;
+    }
+    setFileName(QString()); // in place: nothing left to discard
+    return true;
+}
+
+void FreshFile::discard() {
+    if (fileName().isEmpty())
+        return;
+    close();
+    QFile::remove(fileName());
+    setFileName(QString());
 }
 
 } // namespace SafeReplace

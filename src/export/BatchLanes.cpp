@@ -8,9 +8,10 @@
 #include <exception>
 #include <new>
 
-BatchLanes::BatchLanes(QStringList files, Reader reader, int laneCount)
+BatchLanes::BatchLanes(QStringList files, Reader reader, int laneCount, Estimator estimate,
+                       int64_t memoryBudget)
     : files(std::move(files)), reader(std::move(reader)), laneCount(std::max(1, laneCount)),
-      freeLanes(this->laneCount) {
+      freeLanes(this->laneCount), estimate(std::move(estimate)), memory(memoryBudget) {
     for (int i = 0; i < this->laneCount; ++i)
         threads.emplace_back([this] { serve(); });
 }
@@ -68,6 +69,13 @@ std::future<SourceRead> BatchLanes::readOnLane(int index) {
     return result;
 }
 
+int64_t BatchLanes::bytesOf(int index) {
+    auto it = estimates.find(index);
+    if (it == estimates.end())
+        it = estimates.emplace(index, estimate ? estimate(files.at(index)) : 0).first;
+    return it->second;
+}
+
 void BatchLanes::readAhead(int after) {
     // Never further ahead than the lanes reach: a Stop then leaves at most that many reads
     // unused, and no output is ever made for them.
@@ -76,6 +84,10 @@ void BatchLanes::readAhead(int after) {
             continue;
         if (!freeLanes.try_acquire())
             return;
+        if (!memory.tryHold(bytesOf(i))) {
+            freeLanes.release();
+            return;
+        }
         ahead.emplace(i, readOnLane(i));
     }
 }
@@ -88,10 +100,12 @@ SourceRead BatchLanes::take(const QString& path, BatchLane& lane) {
             read = std::move(it->second);
             ahead.erase(it);
         } else {
-            freeLanes.acquire(); // whichever lane frees first
+            freeLanes.acquire();         // whichever lane frees first
+            memory.hold(bytesOf(index)); // and the memory of the files in flight, if need be
             read = readOnLane(index);
         }
-        lane = BatchLane(&freeLanes);
+        lane = BatchLane(&freeLanes, &memory, bytesOf(index));
+        estimates.erase(index);
         readAhead(next);
     } else {
         lane = BatchLane();
@@ -137,9 +151,12 @@ void BatchLanes::drain() {
         std::unique_lock lock(queueMutex);
         idle.wait(lock, [this] { return queue.empty() && running == 0; });
     }
-    for (auto& [index, read] : ahead)
+    for (auto& [index, read] : ahead) {
         read.wait();
-    freeLanes.release(std::ptrdiff_t(ahead.size())); // unused reads give their lanes back
+        memory.release(bytesOf(index)); // unused reads give their memory and lanes back
+    }
+    freeLanes.release(std::ptrdiff_t(ahead.size()));
     ahead.clear();
+    estimates.clear();
     writing.clear();
 }

@@ -16,6 +16,7 @@
 
 #include "codec/ImageDecoder.h"
 #include "codec/ImageMetadata.h"
+#include "export/BatchMemory.h"
 
 // What a batch reads of one source before its output path is settled: the pixels and the
 // bounds in points (empty when the pixels cannot be read).
@@ -32,12 +33,17 @@ using LaneCount = std::counting_semaphore<>;
 class BatchLane {
 public:
     BatchLane() = default;
-    explicit BatchLane(LaneCount* lanes) : lanes(lanes) {}
-    BatchLane(BatchLane&& other) noexcept : lanes(std::exchange(other.lanes, nullptr)) {}
+    BatchLane(LaneCount* lanes, BatchMemory* memory, int64_t bytes)
+        : lanes(lanes), memory(memory), bytes(bytes) {}
+    BatchLane(BatchLane&& other) noexcept
+        : lanes(std::exchange(other.lanes, nullptr)), memory(std::exchange(other.memory, nullptr)),
+          bytes(std::exchange(other.bytes, 0)) {}
     BatchLane& operator=(BatchLane&& other) noexcept {
         if (this != &other) {
             release();
             lanes = std::exchange(other.lanes, nullptr);
+            memory = std::exchange(other.memory, nullptr);
+            bytes = std::exchange(other.bytes, 0);
         }
         return *this;
     }
@@ -45,25 +51,37 @@ public:
     BatchLane& operator=(const BatchLane&) = delete;
     ~BatchLane() { release(); }
     void release() {
+        if (memory)
+            memory->release(bytes);
         if (lanes)
             lanes->release();
         lanes = nullptr;
+        memory = nullptr;
+        bytes = 0;
     }
 
 private:
     LaneCount* lanes = nullptr;
+    BatchMemory* memory = nullptr; // where the file's share of the batch's memory is held
+    int64_t bytes = 0;
 };
 
 // The lanes of "Convert All": as many files are in flight as the machine has cores. A file takes
 // a lane when its source is read (ahead of the batch thread, while lanes are free) and keeps it
-// through drawing and encoding, so memory holds one picture's worth per lane. The batch thread
+// through drawing and encoding, so memory holds one picture's worth per lane, and a file too
+// large to share the batch's memory budget with the files in flight waits for them (see
+// BatchMemory.h). The batch thread
 // still takes the files one by one in folder order (progress, format, overwrite question); only
 // the reading ahead and the drawing and encoding overlap.
 class BatchLanes {
 public:
     using Reader = std::function<SourceRead(const QString& path)>;
+    using Estimator = std::function<int64_t(const QString& path)>; // see BatchMemory::estimate
 
-    BatchLanes(QStringList files, Reader reader, int laneCount = idealLaneCount());
+    BatchLanes(
+        QStringList files, Reader reader, int laneCount = idealLaneCount(),
+        Estimator estimate = [](const QString& path) { return BatchMemory::estimate(path); },
+        int64_t memoryBudget = BatchMemory::kDefaultBudget);
     ~BatchLanes(); // waits for every lane
     BatchLanes(const BatchLanes&) = delete;
     BatchLanes& operator=(const BatchLanes&) = delete;
@@ -88,6 +106,7 @@ public:
 
 private:
     std::future<SourceRead> readOnLane(int index);
+    int64_t bytesOf(int index); // the file's estimate, made once
     void readAhead(int after);
     void start(std::function<void()> task); // on the lanes' threads, in the order given
     void serve();                           // the body of each lane's thread
@@ -96,6 +115,9 @@ private:
     const Reader reader;
     const int laneCount;
     LaneCount freeLanes;
+    const Estimator estimate;
+    BatchMemory memory;
+    std::map<int, int64_t> estimates;
     // The lanes' threads live for the batch. A task is queued only by a file that holds a lane,
     // so the queue never holds more tasks than there are threads to take them.
     std::mutex queueMutex;

@@ -263,7 +263,16 @@ void Controller::convertFiles(const QStringList& files, const std::function<long
     static std::once_flag mapLargeBlocks;
     std::call_once(mapLargeBlocks, [] { mallopt(M_MMAP_THRESHOLD, 1 << 20); });
 
-    BatchLanes lanes(files, [this](const QString& path) { return readSource(*this, path); });
+    // A file's share of the batch's memory depends on the format it is written in: the one
+    // chosen when it is read.
+    const auto estimate = [&formatNow](const QString& path) {
+        const long format = formatNow();
+        const bool raster = format >= 0 && format <= kLastRasterFormat;
+        return BatchMemory::estimate(path, raster ? gformats[format] : 0);
+    };
+    BatchLanes lanes(
+        files, [this](const QString& path) { return readSource(*this, path); },
+        BatchLanes::idealLaneCount(), estimate);
     batchLanes = &lanes;
     const int count = int(files.size());
     for (int pos = 1; pos <= count && !thread_exit; ++pos) {

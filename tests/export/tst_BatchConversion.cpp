@@ -157,7 +157,8 @@ private slots:
         });
         f.controller->itsConvertAll->click();
         QTRY_COMPARE(started.load(), 2);
-        QVERIFY(QFileInfo(f.outPath("a.JPEG")).size() > 0);
+        // File 1 is encoded on a lane of its own and may still be on its way to the disk.
+        QTRY_VERIFY(QFileInfo(f.outPath("a.JPEG")).size() > 0);
         QVERIFY(f.selectFormat("PNGf"));
         release = true;
         QTRY_VERIFY(idle(f));

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+// What the batch's files may hold in memory together. Two large photographs in flight at once
+// (one decoding, one encoding) would hold more than a converter taking one file at a time;
+// a file whose pictures would take the batch over its budget waits until the files before it
+// are written, unless nothing else is in flight. Smaller files still overlap freely.
+class BatchMemory {
+public:
+    // Two 18-megapixel photographs as 32-bit pixels.
+    static constexpr int64_t kDefaultBudget = int64_t(144) << 20;
+
+    explicit BatchMemory(int64_t budget = kDefaultBudget) : budget(budget) {}
+
+    bool tryHold(int64_t bytes); // held when within the budget or when nothing else is
+    void hold(int64_t bytes);    // waits until it can be held
+    void release(int64_t bytes);
+
+    // The most a file holds at once, from its header alone: its picture as 32-bit pixels, twice
+    // that for a progressive JPEG (whose decoder keeps every coefficient of the picture until
+    // its last scan), and what the encoder of `subtype` (the output format's) holds beyond the
+    // picture. 0 when the header tells no size.
+    static int64_t estimate(const QString& path, uint32_t subtype = 0);
+
+private:
+    const int64_t budget;
+    std::mutex mutex;
+    std::condition_variable freed;
+    int64_t held = 0;
+};

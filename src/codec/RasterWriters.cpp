@@ -279,7 +279,7 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
             return writeModern(pixels, path, subtype, dpi, carried, source);
         case Encoder::Legacy:
             return writeThrough(path, [&](QFileDevice& file) {
-                return LegacyWriters::write(row->coder, pixels, file, dpi);
+                return LegacyWriters::write(row->coder, pixels, file, dpi, path);
             });
         default:
             return writeWithMagick(pixels, path, row->coder, dpi, row->holdsProfile, carried);

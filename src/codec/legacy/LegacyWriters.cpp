@@ -3,6 +3,7 @@
 #include "codec/RasterWriters.h"
 
 #include <QFileDevice>
+#include <QFileInfo>
 #include <QPainter>
 
 #include <cstring>
@@ -20,12 +21,13 @@ bool exists(const char* coder) {
     return false;
 }
 
-int16_t write(const char* coder, const QImage& picture, QFileDevice& file, float dpi) {
+int16_t write(const char* coder, const QImage& picture, QFileDevice& file, float dpi,
+              const QString& target) {
     if (!exists(coder))
         return kNoEncoder;
     const std::string_view name(coder);
     if (name == "paint")
-        return writePaint(picture, file);
+        return writePaint(picture, file, QFileInfo(target).completeBaseName());
     if (name == "qtimage")
         return writeQuickTimeImage(picture, file, dpi);
     if (name == "flic")

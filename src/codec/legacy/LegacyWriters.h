@@ -20,9 +20,10 @@ namespace LegacyWriters {
 // Whether the writer named by a registry row's coder ("paint", "movie") exists on this machine.
 bool exists(const char* coder);
 
-// Writes the picture with the writer named `coder`; `dpi` is recorded where the format has a
-// field for it.
-int16_t write(const char* coder, const QImage& picture, QFileDevice& file, float dpi);
+// Writes the picture with the writer named `coder` into `file`, the temporary that becomes
+// `target`; `dpi` is recorded where the format has a field for it.
+int16_t write(const char* coder, const QImage& picture, QFileDevice& file, float dpi,
+              const QString& target);
 
 // The picture as opaque RGB32, its uncovered and translucent parts laid on white: these formats
 // keep no transparency.
@@ -37,7 +38,8 @@ QImage paintPage(const QImage& picture);
 constexpr int kPaintWidth = 576;
 constexpr int kPaintHeight = 720;
 
-int16_t writePaint(const QImage& picture, QIODevice& file);
+// `documentName` is the name the MacBinary wrapper gives the document.
+int16_t writePaint(const QImage& picture, QIODevice& file, const QString& documentName);
 int16_t writeQuickTimeImage(const QImage& picture, QIODevice& file, float dpi);
 int16_t writeFlic(const QImage& picture, QIODevice& file);
 int16_t writeSwf(const QImage& picture, QIODevice& file);

@@ -5,8 +5,6 @@
 #include "codec/legacy/RunLength.h"
 
 #include <QDateTime>
-#include <QFileDevice>
-#include <QFileInfo>
 #include <QIODevice>
 #include <QPainter>
 
@@ -112,7 +110,7 @@ QImage paintPage(const QImage& picture) {
     return bits;
 }
 
-int16_t writePaint(const QImage& picture, QIODevice& file) {
+int16_t writePaint(const QImage& picture, QIODevice& file, const QString& documentName) {
     const QImage page = paintPage(picture);
     if (page.isNull())
         return kOutOfMemory;
@@ -125,9 +123,7 @@ int16_t writePaint(const QImage& picture, QIODevice& file) {
         // Format_Mono is most significant bit first, 1 for black: MacPaint's own layout.
         out.append(packBits(page.constScanLine(y), kRowBytes));
     // The data fork is padded to the wrapper's 128-byte blocks.
-    const auto* device = qobject_cast<QFileDevice*>(&file);
-    const QString name = device ? QFileInfo(device->fileName()).completeBaseName() : QString();
-    QByteArray wrapped = macBinaryHeader(name, uint32_t(out.size()));
+    QByteArray wrapped = macBinaryHeader(documentName, uint32_t(out.size()));
     wrapped.append(out);
     wrapped.append((128 - out.size() % 128) % 128, '\0');
     return file.write(wrapped) == wrapped.size() ? 0 : kWriteFailed;

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "cli/ConvertRun.h"
+#include "codec/FormatRegistry.h"
 #include "codec/ImageDecoder.h"
 #include "codec/RasterWriters.h"
 #include "export/FormatTable.h"
@@ -17,16 +18,22 @@ void printErr(const QString& text) {
 }
 
 // The table index of a code as typed: exactly, else without its trailing blanks and in any
-// case ("gif" is "GIF "). The first entry wins, as in the window's list. -1 when none matches.
+// case ("gif" is "GIF "), else by a file suffix the format is known under ("png" is "PNGf",
+// "tif" is "TIFF", "psd" is "8BPS"). The first entry wins, as in the window's list. -1 when
+// none matches.
 long formatForTypedCode(const QString& typed) {
     const long exact = formatIndexForCode(typed);
     if (exact >= 0)
         return exact;
+    const QString word = typed.trimmed();
     for (int i = 0; i < kFormatCount; ++i)
-        if (QString::fromLatin1(gformats_ns[i])
-                .trimmed()
-                .compare(typed.trimmed(), Qt::CaseInsensitive) == 0)
+        if (QString::fromLatin1(gformats_ns[i]).trimmed().compare(word, Qt::CaseInsensitive) == 0)
             return i;
+    for (int i = 0; i < kFormatCount; ++i) {
+        const FormatRow& row = FormatRegistry::outputRow(i);
+        if (QString::fromLatin1(row.suffixes).split(QLatin1Char(' ')).contains(word.toLower()))
+            return i;
+    }
     return -1;
 }
 

@@ -1,6 +1,7 @@
 // The program's command line: real pictures in a folder, converted by the real executable in a
 // process of its own with no display, and the outputs read back.
 
+#include "codec/ImageDecoder.h"
 #include "codec/MagickSupport.h"
 #include "view/RotationGeometry.h"
 
@@ -159,6 +160,21 @@ private slots:
         };
         QVERIFY(near(at(2, 10), Qt::red));
         QVERIFY(near(at(37, 10), Qt::blue));
+    }
+
+    void acceptsAFormatBySuffix() {
+        // Typed as the files are known: "png" is "PNGf", "tif" is "TIFF", "psd" is "8BPS".
+        const QList<std::pair<QString, QString>> typed = {
+            {"png", "a.PNGf"}, {"TIF", "a.TIFF"}, {"psd", "a.8BPS"}, {"jpg", "a.JPEG"}};
+        for (const auto& [word, name] : typed) {
+            QTemporaryDir out;
+            const Run r = run({"--convert", word, "--dest", out.path(), source("a.png")});
+            QVERIFY2(r.exitCode == 0, qPrintable(word + ": " + r.err));
+            const QImage image = ImageDecoder::decode(out.filePath(name)).image;
+            QVERIFY2(!image.isNull(), qPrintable(name));
+            QCOMPARE(image.size(), QSize(40, 20));
+            QVERIFY(near(image.pixel(2, 10), Qt::red));
+        }
     }
 
     void resolutionAndAngleChangeTheSize() {

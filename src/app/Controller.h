@@ -24,6 +24,8 @@ class QAction;
 class QCheckBox;
 class QComboBox;
 class QFileDialog;
+class QLabel;
+class QMenu;
 class QLineEdit;
 class QMainWindow;
 class QProgressBar;
@@ -91,6 +93,12 @@ public:
     QPointer<QAction> itsMenuItemConvert;
     QPointer<QAction> itsMenuItemMonochrome;
     QPointer<QAction> itsMenuItemPref;
+    // Zoom: the View menu's items and the zoom shown beside the size field.
+    QPointer<QAction> itsMenuItemZoomIn;
+    QPointer<QAction> itsMenuItemZoomOut;
+    QPointer<QAction> itsMenuItemActualSize;
+    QPointer<QAction> itsMenuItemFit;
+    QPointer<QLabel> itsZoomField;
 
     // ---------------------------------------------------------------- app/: start-up, shutdown
     void loadMainWindow(); // builds the window and its controls, then awakeFromNib()
@@ -136,6 +144,9 @@ public:
     void controlTextDidEndEditing(QObject* object);
     void monohrome(QObject* sender);
     void focusImageView(); // the main view takes the keyboard for the arrow keys
+    // ---------------------------------------------------------------- view/: zoom
+    void addZoomItems(QMenu* viewMenu); // Zoom In, Zoom Out, Actual Size, Fit, and their keys
+    void showZoom();                    // the zoom field follows the main view
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;

@@ -114,6 +114,9 @@ void Controller::loadMainWindow() {
     itsSizeField->setMaximumWidth(120);
     itsSizeField->setAlignment(Qt::AlignCenter);
     controlRow->addWidget(itsSizeField);
+    itsZoomField = named(new QLabel(central), "itsZoomField");
+    itsZoomField->setMinimumWidth(90);
+    controlRow->addWidget(itsZoomField);
     mainColumn->addLayout(controlRow);
 
     auto* convertRow = new QHBoxLayout;
@@ -201,6 +204,8 @@ void Controller::loadMainWindow() {
     itsMenuItemPref = viewMenu->addAction(tr("&Preferences Drawer"));
     itsMenuItemPref->setCheckable(true);
     itsMenuItemPref->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    viewMenu->addSeparator();
+    addZoomItems(viewMenu);
 
     QMenu* helpMenu = window->menuBar()->addMenu(tr("&Help"));
     QAction* help = helpMenu->addAction(tr("Ormidon Help"));

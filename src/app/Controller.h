@@ -40,7 +40,9 @@ class QTimer;
 class QWidget;
 
 class GuiInboxBase;
+class FullScreenWindow;
 class PrefDrawer;
+class QSpinBox;
 class wmfImageView;
 
 // Stop flags shared with the background jobs: the batch conversion and the thumbnail walk.
@@ -99,6 +101,12 @@ public:
     QPointer<QAction> itsMenuItemActualSize;
     QPointer<QAction> itsMenuItemFit;
     QPointer<QLabel> itsZoomField;
+    // Full screen and slideshow: the View menu's items, the drawer's seconds per picture, and
+    // the full-screen window while it is shown.
+    QPointer<QAction> itsMenuItemFullScreen;
+    QPointer<QAction> itsMenuItemSlideshow;
+    QPointer<QSpinBox> itsSlideSeconds;
+    QPointer<FullScreenWindow> itsFullScreen;
 
     // ---------------------------------------------------------------- app/: start-up, shutdown
     void loadMainWindow(); // builds the window and its controls, then awakeFromNib()
@@ -147,6 +155,11 @@ public:
     // ---------------------------------------------------------------- view/: zoom
     void addZoomItems(QMenu* viewMenu); // Zoom In, Zoom Out, Actual Size, Fit, and their keys
     void showZoom();                    // the zoom field follows the main view
+    wmfImageView* activeImageView() const; // the full-screen view while shown, else the main one
+    // ---------------------------------------------------------------- app/: full screen
+    void addFullScreenItems(QMenu* viewMenu);
+    void fullScreen(QObject* sender);  // toggles
+    void slideshow(QObject* sender);   // full screen, stepping every itsSlideSeconds seconds
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;

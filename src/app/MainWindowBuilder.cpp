@@ -27,6 +27,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QSlider>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTextBrowser>
 #include <QVBoxLayout>
@@ -175,6 +176,11 @@ void Controller::loadMainWindow() {
     itsStripMetadata->setToolTip(tr("Converted files keep no EXIF, XMP or IPTC of their source: "
                                     "for pictures shared with others"));
     form->addRow(itsStripMetadata);
+    itsSlideSeconds = named(new QSpinBox(drawer), "itsSlideSeconds");
+    itsSlideSeconds->setRange(1, 3600);
+    itsSlideSeconds->setValue(4);
+    itsSlideSeconds->setSuffix(tr(" s"));
+    form->addRow(tr("Slideshow, each picture:"), itsSlideSeconds);
     drawer->setMinimumWidth(0);
     columns->addWidget(drawer);
 
@@ -206,6 +212,8 @@ void Controller::loadMainWindow() {
     itsMenuItemPref->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     viewMenu->addSeparator();
     addZoomItems(viewMenu);
+    viewMenu->addSeparator();
+    addFullScreenItems(viewMenu);
 
     QMenu* helpMenu = window->menuBar()->addMenu(tr("&Help"));
     QAction* help = helpMenu->addAction(tr("Ormidon Help"));

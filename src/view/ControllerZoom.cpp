@@ -1,5 +1,6 @@
 // The View menu's zoom items and the zoom field beside the picture's size.
 #include "app/Controller.h"
+#include "app/FullScreenWindow.h"
 #include "view/wmfImageView.h"
 
 #include <QAction>
@@ -38,11 +39,19 @@ void Controller::addZoomItems(QMenu* viewMenu) {
                       {QKeySequence(Qt::Key_1), QKeySequence(Qt::CTRL | Qt::Key_1)});
     itsMenuItemFit = pictureAction(viewMenu, view, tr("&Fit"),
                                    {QKeySequence(Qt::Key_0), QKeySequence(Qt::CTRL | Qt::Key_0)});
-    connect(itsMenuItemZoomIn, &QAction::triggered, view, &wmfImageView::zoomIn);
-    connect(itsMenuItemZoomOut, &QAction::triggered, view, &wmfImageView::zoomOut);
-    connect(itsMenuItemActualSize, &QAction::triggered, view, &wmfImageView::zoomToActualSize);
-    connect(itsMenuItemFit, &QAction::triggered, view, &wmfImageView::zoomToFit);
+    connect(itsMenuItemZoomIn, &QAction::triggered, this, [this] { activeImageView()->zoomIn(); });
+    connect(itsMenuItemZoomOut, &QAction::triggered, this,
+            [this] { activeImageView()->zoomOut(); });
+    connect(itsMenuItemActualSize, &QAction::triggered, this,
+            [this] { activeImageView()->zoomToActualSize(); });
+    connect(itsMenuItemFit, &QAction::triggered, this, [this] { activeImageView()->zoomToFit(); });
     connect(view, &wmfImageView::zoomChanged, this, &Controller::showZoom);
+}
+
+wmfImageView* Controller::activeImageView() const {
+    if (itsFullScreen && itsFullScreen->isVisible())
+        return itsFullScreen->view();
+    return itsWmfView;
 }
 
 void Controller::showZoom() {

@@ -98,6 +98,7 @@ void wmfImageView::setWmfPath(const QString& newPath) {
     zoom.fit();
     levels.clear();
     syncZoom();
+    emit pictureChanged(this);
 }
 
 void wmfImageView::clear() {

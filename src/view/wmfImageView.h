@@ -65,6 +65,8 @@ public:
     QString zoomText(); // what the window shows of the zoom: "Fit (25 %)", "400 %"
 
 signals:
+    // Another picture is shown (setWmfPath).
+    void pictureChanged(wmfImageView* view);
     // The zoom changed (or the fitted size did, with the window's size or the picture).
     void zoomChanged(wmfImageView* view);
     // "ImageSelectionChanged": the rubber-band selection changed; ask selectionMarker for it.

@@ -340,6 +340,22 @@
         <source>&amp;Fit</source>
         <translation>&amp;In Fenster einpassen</translation>
     </message>
+    <message>
+        <source>F&amp;ull Screen</source>
+        <translation>&amp;Vollbild</translation>
+    </message>
+    <message>
+        <source>&amp;Slideshow</source>
+        <translation>&amp;Diashow</translation>
+    </message>
+    <message>
+        <source> s</source>
+        <translation> s</translation>
+    </message>
+    <message>
+        <source>Slideshow, each picture:</source>
+        <translation>Diashow, je Bild:</translation>
+    </message>
 </context>
 <context>
     <name>HelpWindow</name>

@@ -342,19 +342,19 @@
     </message>
     <message>
         <source>F&amp;ull Screen</source>
-        <translation>&amp;Vollbild</translation>
+        <translation>Voll&amp;bild</translation>
     </message>
     <message>
         <source>&amp;Slideshow</source>
         <translation>&amp;Diashow</translation>
     </message>
     <message>
-        <source> s</source>
-        <translation> s</translation>
+        <source> s per picture</source>
+        <translation> s je Bild</translation>
     </message>
     <message>
-        <source>Slideshow, each picture:</source>
-        <translation>Diashow, je Bild:</translation>
+        <source>Slideshow:</source>
+        <translation>Diashow:</translation>
     </message>
 </context>
 <context>

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QMainWindow>
 #include <QMenu>
+#include <QScreen>
 #include <QSettings>
 #include <QSpinBox>
 #include <QStandardPaths>
@@ -52,8 +53,12 @@ void Controller::fullScreen(QObject* /*sender*/) {
         return;
     auto* shown = new FullScreenWindow(this); // deletes itself when closed
     itsFullScreen = shown;
-    // On the screen the window is on.
-    shown->setScreen(itsMainWindow->screen());
+    // On the screen the window is on, covering it even where no window manager takes the
+    // full-screen request.
+    QScreen* screen = itsMainWindow->screen();
+    shown->setScreen(screen);
+    if (screen)
+        shown->setGeometry(screen->geometry());
     shown->showFullScreen();
     shown->activateWindow();
     shown->view()->setFocus(Qt::OtherFocusReason);

@@ -179,8 +179,8 @@ void Controller::loadMainWindow() {
     itsSlideSeconds = named(new QSpinBox(drawer), "itsSlideSeconds");
     itsSlideSeconds->setRange(1, 3600);
     itsSlideSeconds->setValue(4);
-    itsSlideSeconds->setSuffix(tr(" s"));
-    form->addRow(tr("Slideshow, each picture:"), itsSlideSeconds);
+    itsSlideSeconds->setSuffix(tr(" s per picture"));
+    form->addRow(tr("Slideshow:"), itsSlideSeconds);
     drawer->setMinimumWidth(0);
     columns->addWidget(drawer);
 

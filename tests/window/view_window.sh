@@ -3,7 +3,8 @@
 # actual size with the 1 key and checks in a screenshot that every screen pixel is one picture
 # pixel (black and white alternating, nothing blended); Ctrl+wheel zooms in further (squares of
 # several screen pixels), and 0 returns to the fitted picture, where the squares blend to grey.
-# Screenshots are kept as zoom_window*.png in the given folder for a person to look at.
+# F11 shows the picture alone on black over the whole screen (1 zooms there too); Escape leaves.
+# Screenshots are kept as view_window*.png in the given folder for a person to look at.
 set -euo pipefail
 app=${1:?path to the ormidon binary}
 shots=${2:-$PWD}
@@ -49,35 +50,71 @@ run_in_x() {
   # A patch in the middle of the picture's area (the view fills the window's upper part).
   cx=$((X + WIDTH / 2 - 100)) cy=$((Y + 150))
 
-  import -window root "$shots/zoom_window_fitted.png"
-  grey=$(crop "$shots/zoom_window_fitted.png" $cx $cy 200 200 | mean_grey)
+  import -window root "$shots/view_window_fitted.png"
+  grey=$(crop "$shots/view_window_fitted.png" $cx $cy 200 200 | mean_grey)
   [ "$grey" -gt 90 ] && [ "$grey" -lt 165 ] || fail "the fitted board is not a blend to grey: $grey"
 
   xdotool key 1
   sleep 0.5
-  import -window root "$shots/zoom_window_actual.png"
-  result=$(crop "$shots/zoom_window_actual.png" $cx $cy 200 200 | check_board 200 200)
+  import -window root "$shots/view_window_actual.png"
+  result=$(crop "$shots/view_window_actual.png" $cx $cy 200 200 | check_board 200 200)
   [ "$result" = ok ] || fail "at actual size: $result"
 
   # Ctrl+wheel up over the picture: larger squares, no longer one pixel each.
   xdotool mousemove $((cx + 100)) $((cy + 100)) keydown ctrl click 4 click 4 click 4 click 4 keyup ctrl
   sleep 0.5
-  import -window root "$shots/zoom_window_zoomed.png"
-  result=$(crop "$shots/zoom_window_zoomed.png" $cx $cy 200 200 | check_board 200 200)
+  import -window root "$shots/view_window_zoomed.png"
+  result=$(crop "$shots/view_window_zoomed.png" $cx $cy 200 200 | check_board 200 200)
   [ "$result" != ok ] || fail "Ctrl+wheel did not zoom in"
   # At 200 % (four notches double the size) each picture pixel is a square of 2 x 2 pure pixels.
-  grey=$(crop "$shots/zoom_window_zoomed.png" $cx $cy 200 200 | mean_grey)
+  grey=$(crop "$shots/view_window_zoomed.png" $cx $cy 200 200 | mean_grey)
   [ "$grey" -gt 100 ] && [ "$grey" -lt 155 ] || fail "the zoomed board is not half white: $grey"
-  colours=$(convert "$shots/zoom_window_zoomed.png" -crop "200x200+$cx+$cy" -colorspace gray \
+  colours=$(convert "$shots/view_window_zoomed.png" -crop "200x200+$cx+$cy" -colorspace gray \
     -format %k info:)
   [ "$colours" = 2 ] || fail "the zoomed board is smoothed ($colours grey levels), not pixels"
 
   xdotool key 0
   sleep 0.5
-  import -window root "$shots/zoom_window_fit_again.png"
-  cmp <(crop "$shots/zoom_window_fitted.png" $cx $cy 200 200) \
-      <(crop "$shots/zoom_window_fit_again.png" $cx $cy 200 200) >/dev/null ||
+  import -window root "$shots/view_window_fit_again.png"
+  cmp <(crop "$shots/view_window_fitted.png" $cx $cy 200 200) \
+      <(crop "$shots/view_window_fit_again.png" $cx $cy 200 200) >/dev/null ||
     fail "0 did not return to the very fitted picture"
+
+  # F11: the picture alone over the whole screen, on black; Escape goes back to the window.
+  xdotool key F11
+  for _ in $(seq 50); do
+    [ "$(xdotool search --onlyvisible --name '^Ormidon: board.png$' | wc -l)" = 2 ] && break
+    sleep 0.1
+  done
+  full=$(xdotool search --onlyvisible --name '^Ormidon: board.png$' | grep -v "^$win\$" | head -n1)
+  [ -n "$full" ] || fail "F11 showed no full-screen window"
+  sleep 0.5
+  eval "$(xdotool getwindowgeometry --shell "$full")"
+  [ "$WIDTH x $HEIGHT" = "1280 x 1024" ] || fail "the full-screen window is $WIDTH x $HEIGHT"
+  import -window root "$shots/view_window_full_screen.png"
+  # 2400 x 1800 fitted into 1280 x 1024 is 1280 x 960: black bands of 32 rows above and below.
+  grey=$(crop "$shots/view_window_full_screen.png" 0 0 1280 30 | mean_grey)
+  [ "$grey" = 0 ] || fail "the band above the full-screen picture is not black: $grey"
+  grey=$(crop "$shots/view_window_full_screen.png" 540 400 200 200 | mean_grey)
+  [ "$grey" -gt 90 ] && [ "$grey" -lt 165 ] || fail "no picture in full screen: $grey"
+  # The zoom keys work there too.
+  xdotool key 1
+  sleep 0.5
+  import -window root "$shots/view_window_full_screen_actual.png"
+  result=$(crop "$shots/view_window_full_screen_actual.png" 540 400 200 200 | check_board 200 200)
+  [ "$result" = ok ] || fail "at actual size in full screen: $result"
+  xdotool key Escape
+  for _ in $(seq 50); do
+    [ "$(xdotool search --onlyvisible --name '^Ormidon: board.png$' | wc -l)" = 1 ] && break
+    sleep 0.1
+  done
+  [ "$(xdotool search --onlyvisible --name '^Ormidon: board.png$' | wc -l)" = 1 ] ||
+    fail "Escape did not leave full screen"
+  sleep 0.3
+  import -window root "$shots/view_window_left_full_screen.png"
+  cmp <(crop "$shots/view_window_fitted.png" $cx $cy 200 200) \
+      <(crop "$shots/view_window_left_full_screen.png" $cx $cy 200 200) >/dev/null ||
+    fail "the window's picture changed after full screen"
 
   xdotool key ctrl+q
   for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done

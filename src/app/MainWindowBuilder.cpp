@@ -115,9 +115,6 @@ void Controller::loadMainWindow() {
     itsSizeField->setMaximumWidth(120);
     itsSizeField->setAlignment(Qt::AlignCenter);
     controlRow->addWidget(itsSizeField);
-    itsZoomField = named(new QLabel(central), "itsZoomField");
-    itsZoomField->setMinimumWidth(90);
-    controlRow->addWidget(itsZoomField);
     mainColumn->addLayout(controlRow);
 
     auto* convertRow = new QHBoxLayout;
@@ -125,6 +122,10 @@ void Controller::loadMainWindow() {
     itsConvertIndicator->setFormat(tr("%v of %m"));
     convertRow->addWidget(itsConvertIndicator, 1);
     convertRow->addStretch();
+    // The zoom, under the size and beside the buttons, in room the row has to spare.
+    itsZoomField = named(new QLabel(central), "itsZoomField");
+    convertRow->addWidget(itsZoomField);
+    convertRow->addSpacing(12);
     itsConvert = named(new QPushButton(tr("Convert"), central), "itsConvert", 100);
     itsConvertAll = named(new QPushButton(tr("Convert All"), central), "itsConvertAll");
     itsConvert->setDefault(false);

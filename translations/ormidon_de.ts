@@ -324,6 +324,38 @@
         <source>Converted files keep no EXIF, XMP or IPTC of their source: for pictures shared with others</source>
         <translation>Umgewandelte Dateien behalten kein EXIF, XMP oder IPTC ihrer Quelle: für Bilder, die Sie mit anderen teilen</translation>
     </message>
+    <message>
+        <source>Zoom &amp;In</source>
+        <translation>&amp;Vergrößern</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;Out</source>
+        <translation>Ver&amp;kleinern</translation>
+    </message>
+    <message>
+        <source>&amp;Actual Size</source>
+        <translation>&amp;Originalgröße</translation>
+    </message>
+    <message>
+        <source>&amp;Fit</source>
+        <translation>&amp;In Fenster einpassen</translation>
+    </message>
+    <message>
+        <source>F&amp;ull Screen</source>
+        <translation>Voll&amp;bild</translation>
+    </message>
+    <message>
+        <source>&amp;Slideshow</source>
+        <translation>&amp;Diashow</translation>
+    </message>
+    <message>
+        <source> s per picture</source>
+        <translation> s je Bild</translation>
+    </message>
+    <message>
+        <source>Slideshow:</source>
+        <translation>Diashow:</translation>
+    </message>
 </context>
 <context>
     <name>HelpWindow</name>
@@ -499,6 +531,17 @@
     <message>
         <source>the picture is larger than this format can hold</source>
         <translation>das Bild ist größer, als dieses Format aufnehmen kann</translation>
+    </message>
+</context>
+<context>
+    <name>wmfImageView</name>
+    <message>
+        <source>Fit (%1 %)</source>
+        <translation>Eingepasst (%1 %)</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
     </message>
 </context>
 </TS>

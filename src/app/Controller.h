@@ -24,6 +24,8 @@ class QAction;
 class QCheckBox;
 class QComboBox;
 class QFileDialog;
+class QLabel;
+class QMenu;
 class QLineEdit;
 class QMainWindow;
 class QProgressBar;
@@ -38,7 +40,9 @@ class QTimer;
 class QWidget;
 
 class GuiInboxBase;
+class FullScreenWindow;
 class PrefDrawer;
+class QSpinBox;
 class wmfImageView;
 
 // Stop flags shared with the background jobs: the batch conversion and the thumbnail walk.
@@ -91,6 +95,18 @@ public:
     QPointer<QAction> itsMenuItemConvert;
     QPointer<QAction> itsMenuItemMonochrome;
     QPointer<QAction> itsMenuItemPref;
+    // Zoom: the View menu's items and the zoom shown beside the size field.
+    QPointer<QAction> itsMenuItemZoomIn;
+    QPointer<QAction> itsMenuItemZoomOut;
+    QPointer<QAction> itsMenuItemActualSize;
+    QPointer<QAction> itsMenuItemFit;
+    QPointer<QLabel> itsZoomField;
+    // Full screen and slideshow: the View menu's items, the drawer's seconds per picture, and
+    // the full-screen window while it is shown.
+    QPointer<QAction> itsMenuItemFullScreen;
+    QPointer<QAction> itsMenuItemSlideshow;
+    QPointer<QSpinBox> itsSlideSeconds;
+    QPointer<FullScreenWindow> itsFullScreen;
 
     // ---------------------------------------------------------------- app/: start-up, shutdown
     void loadMainWindow(); // builds the window and its controls, then awakeFromNib()
@@ -136,6 +152,14 @@ public:
     void controlTextDidEndEditing(QObject* object);
     void monohrome(QObject* sender);
     void focusImageView(); // the main view takes the keyboard for the arrow keys
+    // ---------------------------------------------------------------- view/: zoom
+    void addZoomItems(QMenu* viewMenu); // Zoom In, Zoom Out, Actual Size, Fit, and their keys
+    void showZoom();                    // the zoom field follows the main view
+    wmfImageView* activeImageView() const; // the full-screen view while shown, else the main one
+    // ---------------------------------------------------------------- app/: full screen
+    void addFullScreenItems(QMenu* viewMenu);
+    void fullScreen(QObject* sender);  // toggles
+    void slideshow(QObject* sender);   // full screen, stepping every itsSlideSeconds seconds
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;

@@ -27,6 +27,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QSlider>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTextBrowser>
 #include <QVBoxLayout>
@@ -121,6 +122,10 @@ void Controller::loadMainWindow() {
     itsConvertIndicator->setFormat(tr("%v of %m"));
     convertRow->addWidget(itsConvertIndicator, 1);
     convertRow->addStretch();
+    // The zoom, under the size and beside the buttons, in room the row has to spare.
+    itsZoomField = named(new QLabel(central), "itsZoomField");
+    convertRow->addWidget(itsZoomField);
+    convertRow->addSpacing(12);
     itsConvert = named(new QPushButton(tr("Convert"), central), "itsConvert", 100);
     itsConvertAll = named(new QPushButton(tr("Convert All"), central), "itsConvertAll");
     itsConvert->setDefault(false);
@@ -172,6 +177,11 @@ void Controller::loadMainWindow() {
     itsStripMetadata->setToolTip(tr("Converted files keep no EXIF, XMP or IPTC of their source: "
                                     "for pictures shared with others"));
     form->addRow(itsStripMetadata);
+    itsSlideSeconds = named(new QSpinBox(drawer), "itsSlideSeconds");
+    itsSlideSeconds->setRange(1, 3600);
+    itsSlideSeconds->setValue(4);
+    itsSlideSeconds->setSuffix(tr(" s per picture"));
+    form->addRow(tr("Slideshow:"), itsSlideSeconds);
     drawer->setMinimumWidth(0);
     columns->addWidget(drawer);
 
@@ -201,6 +211,10 @@ void Controller::loadMainWindow() {
     itsMenuItemPref = viewMenu->addAction(tr("&Preferences Drawer"));
     itsMenuItemPref->setCheckable(true);
     itsMenuItemPref->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    viewMenu->addSeparator();
+    addZoomItems(viewMenu);
+    viewMenu->addSeparator();
+    addFullScreenItems(viewMenu);
 
     QMenu* helpMenu = window->menuBar()->addMenu(tr("&Help"));
     QAction* help = helpMenu->addAction(tr("Ormidon Help"));

@@ -11,7 +11,9 @@
 namespace {
 
 bool hasShortcut(const QAction* action, const QKeySequence& pressed) {
-    if (!action->isEnabled())
+    // An item whose shortcut belongs to one widget (the picture's single keys: 1, 0, +, -)
+    // leaves the key to the field that has the keyboard.
+    if (!action->isEnabled() || action->shortcutContext() == Qt::WidgetShortcut)
         return false;
     for (const QKeySequence& shortcut : action->shortcuts())
         if (shortcut.matches(pressed) == QKeySequence::ExactMatch)

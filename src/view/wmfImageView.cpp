@@ -58,6 +58,15 @@ QSizeF pictureSizeOf(const Rect& r, const QImage& picture) {
 
 } // namespace
 
+QSizeF wmfImageView::shownPictureSize() const {
+    if (!mainController || mainController->getCGImage().isNull())
+        return QSizeF();
+    Rect r;
+    if (!mainController->getPictRect(&r))
+        return QSizeF(mainController->getCGImage().size());
+    return pictureSizeOf(r, mainController->getCGImage());
+}
+
 struct wmfImageView::DisplayCache {
     qint64 scaledOf = 0; // cacheKey of the picture that `scaled` was made from
     QSize scaledFor;     // the view's size in device pixels when it was made
@@ -85,6 +94,11 @@ void wmfImageView::setWmfPath(const QString& newPath) {
     clear();
     if (!newPath.isNull())
         path = newPath;
+    // Every picture opens fitted, whatever the zoom of the one before.
+    zoom.fit();
+    levels.clear();
+    syncZoom();
+    emit pictureChanged(this);
 }
 
 void wmfImageView::clear() {
@@ -188,6 +202,13 @@ void wmfImageView::drawPicture(QPainter& painter, const QRectF& area, Tones tone
     const QImage& picture = mainController->getCGImage();
     if (picture.width() <= 0 || picture.height() <= 0)
         return;
+    if (tones == Tones::AsOnScreen && area == QRectF(rect())) {
+        syncZoom();
+        if (!zoom.isFitted()) {
+            drawZoomed(painter, picture, tones);
+            return;
+        }
+    }
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     const int degrees = mainController->getRotation();
@@ -220,12 +241,21 @@ void wmfImageView::paintEvent(QPaintEvent* /*event*/) {
     // Always the whole view, never only the exposed part, so the picture stays fitted to it.
     QPainter painter(this);
     drawRect(painter, QRectF(rect()));
-    if (selectionMarker)
+    if (!selectionMarker)
+        return;
+    if (zoom.isFitted()) {
         selectionMarker->drawCropMarker(painter);
+    } else {
+        // The selection is kept where it lies in the fitted view, on the picture's pixels.
+        CropMarker shown = *selectionMarker;
+        shown.setSelectedRect(zoom.fromFitted(selectionMarker->selectedRect()));
+        shown.drawCropMarker(painter);
+    }
 }
 
 void wmfImageView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
+    syncZoom();
     update();
 }
 
@@ -296,6 +326,8 @@ void wmfImageView::keyPressEvent(QKeyEvent* event) {
         step = kNextImage;
         break;
     default:
+        if (handleSpaceKey(event, true))
+            return;
         event->ignore(); // on to the window and the menus' shortcuts
         return;
     }
@@ -339,30 +371,45 @@ void wmfImageView::dropEvent(QDropEvent* event) {
 // --------------------------------------------------------------------------------- mouse
 
 void wmfImageView::mousePressEvent(QMouseEvent* event) {
+    if (startPan(event))
+        return;
     if (event->button() != Qt::LeftButton || !selectionMarker) {
         QWidget::mousePressEvent(event);
         return;
     }
-    selectionMarker->mouseDown(event);
+    if (zoom.isFitted())
+        selectionMarker->mouseDown(event);
+    else
+        selectionMarker->mouseDown(markerPoint(event));
 }
 
 void wmfImageView::mouseMoveEvent(QMouseEvent* event) {
+    if (continuePan(event))
+        return;
     if (!(event->buttons() & Qt::LeftButton) || !selectionMarker) {
         QWidget::mouseMoveEvent(event);
         return;
     }
-    selectionMarker->mouseDragged(event);
+    if (zoom.isFitted())
+        selectionMarker->mouseDragged(event);
+    else
+        selectionMarker->mouseDragged(markerPoint(event));
     if (isContinuous())
         postSelectionChangedNotification();
     selectionChanged();
 }
 
 void wmfImageView::mouseReleaseEvent(QMouseEvent* event) {
+    if (endPan(event))
+        return;
     if (event->button() != Qt::LeftButton || !selectionMarker) {
         QWidget::mouseReleaseEvent(event);
         return;
     }
-    selectionMarker->mouseUp(event);
+    if (zoom.isFitted())
+        selectionMarker->mouseUp(event);
+    else
+        selectionMarker->mouseUp(markerPoint(event));
     selectionChanged();
     postSelectionChangedNotification();
 }

@@ -7,6 +7,9 @@
 #include <QString>
 #include <QWidget>
 
+#include "view/PictureLevels.h"
+#include "view/ZoomGeometry.h"
+
 #include <memory>
 
 class Controller;
@@ -52,7 +55,20 @@ public:
     void monochromeImage();
     void killMonochromeImage();
 
+    // Zoom and pan. Every picture opens fitted; the zoom shows picture pixels from the fitted
+    // size up to 3200 %, and the selection keeps to the picture while zoomed.
+    const ZoomGeometry& zoomState(); // brought up to date with the picture, angle and size
+    void zoomIn();
+    void zoomOut();
+    void zoomToActualSize();
+    void zoomToFit();
+    QString zoomText(); // what the window shows of the zoom: "Fit (25 %)", "400 %"
+
 signals:
+    // Another picture is shown (setWmfPath).
+    void pictureChanged(wmfImageView* view);
+    // The zoom changed (or the fitted size did, with the window's size or the picture).
+    void zoomChanged(wmfImageView* view);
     // "ImageSelectionChanged": the rubber-band selection changed; ask selectionMarker for it.
     void ImageSelectionChanged(wmfImageView* view);
 
@@ -66,6 +82,9 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     friend class RedrawBenchmark; // switches the scaled copy off to measure what it saves
@@ -80,6 +99,24 @@ private:
     const QImage& greyVersion(const QImage& shown);
     void drawPicture(QPainter& painter, const QRectF& area, Tones tones);
     void drawOwnImage(QPainter& painter, const QRectF& area, Tones tones);
+
+    // Zoomed drawing and the pan's mouse handling (wmfImageViewZoom.cpp).
+    QSizeF shownPictureSize() const; // the picture's size as the fitted drawing takes it
+    void syncZoom();
+    void drawZoomed(QPainter& painter, const QImage& picture, Tones tones);
+    bool startPan(QMouseEvent* event);
+    bool continuePan(QMouseEvent* event);
+    bool endPan(QMouseEvent* event);
+    bool handleSpaceKey(QKeyEvent* event, bool pressed);
+    void updatePanCursor();
+    QPointF markerPoint(const QMouseEvent* event) const; // the selection keeps fitted coordinates
+
+    ZoomGeometry zoom;
+    PictureLevels levels;
+    QString shownZoomText;
+    bool spaceHeld = false;
+    bool panning = false;
+    QPointF panLast;
 
     QImage ownImage;
     bool continuous = false;

@@ -4,6 +4,7 @@
 #include <tiffio.h>
 
 #include <mutex>
+#include <new>
 
 #include "codec/DecodeLimits.h"
 
@@ -40,5 +41,9 @@ void ensureMagickInitialised() {
         if (infos)
             MagickCore::RelinquishMagickMemory(infos);
         useOwnTiffHandlers();
+        // A coder's library (DjVu's) installs a process-wide new-handler that throws its own
+        // exception type, which no `catch (std::bad_alloc&)` sees: a failed allocation anywhere
+        // in the program would then escape every handler. The standard behaviour comes back.
+        std::set_new_handler(nullptr);
     });
 }

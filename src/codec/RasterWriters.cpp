@@ -291,6 +291,9 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
     } catch (const std::exception&) {
         // Magick::Exception (policy refusals, a coder's own errors) and the like.
         return kEncoderFailed;
+    } catch (...) {
+        // A library's own exception type: the encoder failed, nothing escapes.
+        return kEncoderFailed;
     }
 }
 

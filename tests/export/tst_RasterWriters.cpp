@@ -21,6 +21,7 @@
 
 #include <cmath>
 #include <unistd.h>
+#include <vector>
 
 #include "MarkedPicture.h"
 
@@ -108,6 +109,22 @@ private:
     QTemporaryDir dir;
 
 private slots:
+    void aFailedAllocationThrowsTheStandardException() {
+        // Magick loads every coder, DjVu's library among them, whose own new-handler would turn
+        // a failed allocation into an exception no writer expects.
+        ensureMagickInitialised();
+        bool standard = false;
+        try {
+            volatile size_t huge = size_t(1) << 60;
+            std::vector<unsigned char> buffer(huge);
+            QVERIFY(buffer.empty()); // not reached
+        } catch (const std::bad_alloc&) {
+            standard = true;
+        } catch (...) {
+        }
+        QVERIFY(standard);
+    }
+
     void initTestCase() { QVERIFY(dir.isValid()); }
 
     void existence_data() {

@@ -46,9 +46,7 @@ run_in_x() {
   wait_gone "Ormidon Help" || fail "Escape did not close the help window"
 
   xdotool mousemove --window "$main" 300 250 click 1 key ctrl+q
-  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
-  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit"
-  wait "$pid" || fail "the program ended with status $?"
+  expect_exit "$pid"
 }
 
 if [ "$inside" = inside ]; then

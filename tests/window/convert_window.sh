@@ -134,9 +134,7 @@ run_in_x() {
   import -window root "$shots/convert_window_done.png"
 
   xdotool key ctrl+q
-  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
-  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit"
-  wait "$pid" || fail "the program ended with status $?"
+  expect_exit "$pid"
 }
 
 if [ "$inside" = inside ]; then

@@ -27,8 +27,7 @@ run_in_x() {
   sleep 0.5
   import -window root "$shots/legacy_formats_convert.png"
   xdotool key ctrl+q
-  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
-  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit"
+  expect_exit "$pid"
   # The written file opens at the next launch, read back by the program's own reader.
   "$app" --no-splash "$out/a.qtif" >"$work/app2.log" 2>&1 &
   pid=$!
@@ -37,8 +36,7 @@ run_in_x() {
   sleep 0.8
   import -window root "$shots/legacy_formats_qtif.png"
   xdotool key ctrl+q
-  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
-  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit the QuickTime image run"
+  expect_exit "$pid" "QuickTime image run"
   # An FLC written from the command line opens in a new window.
   "$app" --convert FLC --dest "$out" "$pictures/a.png" >/dev/null || fail "--convert FLC failed"
   "$app" --no-splash "$out/a.FLC " >"$work/app3.log" 2>&1 &
@@ -48,8 +46,7 @@ run_in_x() {
   sleep 0.8
   import -window root "$shots/legacy_formats_flc.png"
   xdotool key ctrl+q
-  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
-  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit the FLC run"
+  expect_exit "$pid" "FLC run"
   return 0
 }
 

@@ -49,9 +49,7 @@ run_in_x() {
   wait_colour "rgb(30,60,200)" 3000 modern_window_list.png
   sleep 0.3
   xdotool key ctrl+q
-  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
-  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit"
-  wait "$pid" || fail "the program ended with status $?"
+  expect_exit "$pid"
 }
 
 if [ "$inside" = inside ]; then

@@ -124,9 +124,7 @@ run_in_x() {
   identify -format '%w %h\n' "$HOME/Desktop/big.TIFF" | grep -q '^4000 3000$' \
     || fail "big.TIFF is not the 4000 x 3000 picture"
   xdotool key ctrl+q
-  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
-  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit"
-  wait "$pid" || fail "the program ended with status $?"
+  expect_exit "$pid"
 }
 
 # The number of pixels of colour $2 in the picture $1.
@@ -161,9 +159,7 @@ run_list_in_x() {
   wait_title "Ormidon: sq02.png" >/dev/null || fail "a click on the third cell did not open sq02.png"
   sleep 0.3
   xdotool key ctrl+q
-  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
-  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit the list run"
-  wait "$pid" || fail "the list run ended with status $?"
+  expect_exit "$pid" "list run"
 }
 
 if [ "$inside" = inside ]; then

@@ -10,3 +10,10 @@ wait_title() { # prints the id of a window whose title is exactly $1, once there
   done
   return 1
 }
+
+expect_exit() { # after Ctrl+Q: the program (pid $1) ends within ten seconds, with status 0; $2 names the run
+  local pid=$1 run=${2:-}
+  for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
+  kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit${run:+ the $run}"
+  wait "$pid" || fail "${run:-the program} ended with status $?"
+}

@@ -1,6 +1,7 @@
 // The program's command line: real pictures in a folder, converted by the real executable in a
 // process of its own with no display, and the outputs read back.
 
+#include "ProgramRun.h"
 #include "codec/ImageDecoder.h"
 #include "codec/MagickSupport.h"
 #include "view/RotationGeometry.h"
@@ -18,11 +19,7 @@
 
 namespace {
 
-struct Run {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using Run = ProgramRun;
 
 // Two colours side by side: red on the left, blue on the right.
 QImage halves(int width, int height) {
@@ -49,29 +46,7 @@ class tst_CommandLine : public QObject {
     QTemporaryDir home;
     QTemporaryDir sources;
 
-    Run run(const QStringList& arguments) {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        // No display of any kind, and no platform chosen for the program: it picks its own.
-        env.remove("DISPLAY");
-        env.remove("WAYLAND_DISPLAY");
-        env.remove("QT_QPA_PLATFORM");
-        env.insert("HOME", home.path());
-        env.insert("XDG_RUNTIME_DIR", home.path());
-        env.remove("XDG_CONFIG_HOME");
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(ORMIDON_PROGRAM), arguments);
-        Run result;
-        if (!process.waitForFinished(120000)) {
-            process.kill();
-            process.waitForFinished();
-            return result;
-        }
-        result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-        result.out = QString::fromLocal8Bit(process.readAllStandardOutput());
-        result.err = QString::fromLocal8Bit(process.readAllStandardError());
-        return result;
-    }
+    Run run(const QStringList& arguments) { return runProgram(arguments, home.path()); }
 
     QString source(const QString& name) const { return sources.filePath(name); }
 

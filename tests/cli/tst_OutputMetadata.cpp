@@ -2,6 +2,8 @@
 // exiv2 command-line tool): orientation reset once the pixels are turned, the chosen resolution
 // recorded, everything gone with --strip-metadata, and the colour profile kept beside it all.
 
+#include "ProgramRun.h"
+
 #include <QBuffer>
 #include <QColorSpace>
 #include <QDir>
@@ -17,10 +19,7 @@
 
 namespace {
 
-struct Run {
-    int exitCode = -1;
-    QString err;
-};
+using Run = ProgramRun;
 
 // exiv2 -Pkv: one line per tag, its key and its value as stored ("144/1" for 144 dpi).
 QMap<QString, QString> exiv2Tags(const QString& file) {
@@ -62,23 +61,7 @@ class tst_OutputMetadata : public QObject {
     QTemporaryDir work;
 
     Run convert(const QStringList& arguments) {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.remove("DISPLAY");
-        env.remove("WAYLAND_DISPLAY");
-        env.insert("HOME", home.path());
-        env.insert("XDG_RUNTIME_DIR", home.path());
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(ORMIDON_PROGRAM), QStringList{"--convert"} + arguments);
-        Run result;
-        if (!process.waitForFinished(120000)) {
-            process.kill();
-            process.waitForFinished();
-            return result;
-        }
-        result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-        result.err = QString::fromLocal8Bit(process.readAllStandardError());
-        return result;
+        return runProgram(QStringList{"--convert"} + arguments, home.path());
     }
 
     QString sourcePath() const { return work.filePath("camera.jpg"); }

@@ -15,14 +15,12 @@
 #include <vector>
 
 #include "codec/ImageDecoder.h"
-#include "codec/ImageMetadata.h"
 #include "export/BatchMemory.h"
 
 // What a batch reads of one source before its output path is settled: the pixels and the
 // bounds in points (empty when the pixels cannot be read).
 struct SourceRead {
     DecodedImage decoded;
-    ImageMetadata metadata; // empty when the outputs leave it out
     QRectF bounds;
 };
 

@@ -14,6 +14,7 @@
 #include "codec/SafeReplace.h"
 #include "export/BatchLanes.h"
 #include "export/ConversionJob.h"
+#include "codec/FormatRegistry.h"
 #include "export/FormatTable.h"
 #include "view/RotationGeometry.h"
 #include "view/wmfImageView.h"
@@ -104,7 +105,6 @@ SourceRead readSource(Controller& c, const QString& src) {
         read.decoded = DecodedImage{};
     }
     if (read.decoded.ok) {
-        read.metadata = MetadataCarrier::read(src);
         read.bounds = c.getImageBounds(src);
         if (read.bounds.isEmpty())
             read.bounds = QRectF(QPointF(0, 0), read.decoded.pointSize);
@@ -115,7 +115,8 @@ SourceRead readSource(Controller& c, const QString& src) {
 // Takes the file's snapshot: the settings now, and the source's pixels and bounds, read before
 // the output path is settled: the output may be the source itself, and a Yes moves it aside.
 // In a batch the pixels may have been read ahead; `lane` then holds the file's lane.
-ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds, BatchLane& lane) {
+ConversionJob startJob(Controller& c, const QString& src, long format, QRectF& bounds,
+                       BatchLane& lane) {
     ConversionJob job;
     job.source = src;
     job.inBatch = batchLanes != nullptr;
@@ -131,8 +132,11 @@ ConversionJob startJob(Controller& c, const QString& src, QRectF& bounds, BatchL
         });
     SourceRead read = batchLanes ? batchLanes->take(src, lane) : readSource(c, src);
     job.decoded = std::move(read.decoded);
-    if (!job.stripMetadata)
-        job.metadata = std::move(read.metadata);
+    // The source's metadata, only for an output that carries it; read now, before the output
+    // path is settled and a Yes may move the source aside.
+    const FormatRow* row = FormatRegistry::rowForSubtype(rasterSubtype(int(format)));
+    if (job.decoded.ok && !job.stripMetadata && row && row->holdsMetadata)
+        job.metadata = MetadataCarrier::read(src);
     bounds = job.decoded.ok ? read.bounds : QRectF(0, 0, 0, 0);
     return job;
 }
@@ -163,7 +167,7 @@ void Controller::saveImage(const QString& source, long format) {
 
     QRectF bounds;
     BatchLane lane;
-    ConversionJob job = startJob(*this, src, bounds, lane);
+    ConversionJob job = startJob(*this, src, format, bounds, lane);
     const ScopedConversionJob current(job);
 
     // The question and the empty output file come before anything is drawn or written. An
@@ -266,9 +270,7 @@ void Controller::convertFiles(const QStringList& files, const std::function<long
     // A file's share of the batch's memory depends on the format it is written in: the one
     // chosen when it is read.
     const auto estimate = [&formatNow](const QString& path) {
-        const long format = formatNow();
-        const bool raster = format >= 0 && format <= kLastRasterFormat;
-        return BatchMemory::estimate(path, raster ? gformats[format] : 0);
+        return BatchMemory::estimate(path, rasterSubtype(int(formatNow())));
     };
     BatchLanes lanes(
         files, [this](const QString& path) { return readSource(*this, path); },

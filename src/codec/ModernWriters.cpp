@@ -21,10 +21,9 @@ bool heifEncoderExists(heif_compression_format compression) {
 
 } // namespace
 
-ModernEncoding modernEncodingFor(const QImage& picture, uint32_t subtype, float dpi,
+ModernEncoding modernEncodingFor(const QImage& picture, uint32_t subtype,
                                  bool losslessSource) {
     ModernEncoding how;
-    how.dpi = dpi;
     if (subtype == fourCharCode("AVIF"))
         how.quality = kAvifQuality;
     else if (subtype == fourCharCode("HEIC"))

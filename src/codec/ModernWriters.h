@@ -22,11 +22,10 @@ struct ModernEncoding {
     int quality = 85;      // 0 to 100, for lossy coding
     bool lossless = false; // every pixel kept exactly (alpha included)
     QByteArray icc;        // an ICC profile to carry; empty: the pixels are sRGB
-    // The chosen resolution. None of the four formats has a field of its own for it: it goes
-    // into the EXIF block (XResolution, YResolution) that `exif` carries.
-    float dpi = 72.0f;
     // Metadata to carry, as the formats hold it: EXIF from its TIFF header on ("II*\0..."), XMP
-    // as its packet. Empty here; whoever collects the source's metadata fills them.
+    // as its packet; the writer fills them from the source's (MetadataCarrier::forOutput). None
+    // of the four formats has a resolution field of its own: the chosen one travels in the EXIF
+    // block's XResolution and YResolution, so a source without EXIF records none.
     QByteArray exif;
     QByteArray xmp;
     // Encoder threads: 1 inside the batch's lanes, which keep the cores busy already.
@@ -36,7 +35,7 @@ struct ModernEncoding {
 // The encoding for a picture: the format's default quality, the picture's own ICC profile,
 // lossless when `losslessSource` (a source with an alpha channel: drawings, screenshots, cut-out
 // graphics, whose edges lossy coding would smear), and the thread budget of this thread.
-ModernEncoding modernEncodingFor(const QImage& picture, uint32_t subtype, float dpi,
+ModernEncoding modernEncodingFor(const QImage& picture, uint32_t subtype,
                                  bool losslessSource);
 
 // Whether the encoder exists in the libraries this machine has (libheif lists its encoders at

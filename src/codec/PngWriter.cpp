@@ -1,6 +1,7 @@
 #include "codec/PngWriter.h"
 
 #include "codec/BandedDeflate.h"
+#include "codec/ModernPixels.h"
 #include "codec/RasterWriters.h"
 
 #include <QColorSpace>
@@ -48,19 +49,6 @@ bool writeChunk(QIODevice& file, const char type[5], const uint8_t* data, size_t
 bool writeChunk(QIODevice& file, const char type[5], const QByteArray& data) {
     return writeChunk(file, type, reinterpret_cast<const uint8_t*>(data.constData()),
                       size_t(data.size()));
-}
-
-bool everyPixelOpaque(const QImage& image) {
-    const int w = image.width();
-    for (int y = 0; y < image.height(); ++y) {
-        const auto* row = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-        uint32_t all = 0xff000000u;
-        for (int x = 0; x < w; ++x)
-            all &= row[x];
-        if ((all & 0xff000000u) != 0xff000000u)
-            return false;
-    }
-    return true;
 }
 
 // The picture in one of the pixel forms the rows are read from without a copy of the whole.
@@ -247,7 +235,7 @@ int16_t writePng(const QImage& picture, QIODevice& file, float dpi) {
     ColourType type = kRgb;
     if (image.format() == QImage::Format_Grayscale8)
         type = kGrey;
-    else if (image.hasAlphaChannel() && !everyPixelOpaque(image))
+    else if (ModernPixels::usesAlpha(image))
         type = kRgba;
     const size_t bpp = type == kGrey ? 1 : type == kRgb ? 3 : 4;
     const size_t rowBytes = size_t(image.width()) * bpp;

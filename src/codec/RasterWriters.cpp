@@ -193,17 +193,15 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
     });
 }
 
-int16_t writeModern(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
+int16_t writeModern(const QImage& picture, const QString& path, uint32_t subtype,
                     const ImageMetadata& metadata, const SourceTraits& source) {
     QByteArray bytes;
-    ModernEncoding how = modernEncodingFor(picture, subtype, dpi, source.hasAlpha);
+    ModernEncoding how = modernEncodingFor(picture, subtype, source.hasAlpha);
     how.exif = metadata.exif; // these containers have no place for IPTC
     how.xmp = metadata.xmp;
     if (const int16_t status = encodeModern(picture, subtype, how, bytes))
         return status;
-    return writeThrough(path, [&](QIODevice& file) -> int16_t {
-        return file.write(bytes) == bytes.size() ? 0 : kWriteFailed;
-    });
+    return writeBytes(path, bytes);
 }
 
 } // namespace
@@ -276,7 +274,7 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         case Encoder::Webp:
         case Encoder::Heif:
         case Encoder::Jxl:
-            return writeModern(pixels, path, subtype, dpi, carried, source);
+            return writeModern(pixels, path, subtype, carried, source);
         case Encoder::Legacy:
             return writeThrough(path, [&](QFileDevice& file) {
                 return LegacyWriters::write(row->coder, pixels, file, dpi, path);

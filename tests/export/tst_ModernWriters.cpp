@@ -265,15 +265,15 @@ private slots:
 
     void encodingDefaults() {
         const QImage opaque = photo(8, 8);
-        QCOMPARE(modernEncodingFor(opaque, subtypeOf("WEBP"), 72, false).quality, kWebpQuality);
-        QCOMPARE(modernEncodingFor(opaque, subtypeOf("AVIF"), 72, false).quality, kAvifQuality);
-        QCOMPARE(modernEncodingFor(opaque, subtypeOf("HEIC"), 72, false).quality, kHeicQuality);
-        QVERIFY(!modernEncodingFor(opaque, subtypeOf("WEBP"), 72, false).lossless);
-        QVERIFY(modernEncodingFor(opaque, subtypeOf("WEBP"), 72, true).lossless);
-        QVERIFY(modernEncodingFor(opaque, subtypeOf("JXL "), 72, false).icc.isEmpty());
+        QCOMPARE(modernEncodingFor(opaque, subtypeOf("WEBP"), false).quality, kWebpQuality);
+        QCOMPARE(modernEncodingFor(opaque, subtypeOf("AVIF"), false).quality, kAvifQuality);
+        QCOMPARE(modernEncodingFor(opaque, subtypeOf("HEIC"), false).quality, kHeicQuality);
+        QVERIFY(!modernEncodingFor(opaque, subtypeOf("WEBP"), false).lossless);
+        QVERIFY(modernEncodingFor(opaque, subtypeOf("WEBP"), true).lossless);
+        QVERIFY(modernEncodingFor(opaque, subtypeOf("JXL "), false).icc.isEmpty());
         QImage p3 = opaque;
         p3.setColorSpace(QColorSpace::DisplayP3);
-        QCOMPARE(modernEncodingFor(p3, subtypeOf("JXL "), 72, false).icc,
+        QCOMPARE(modernEncodingFor(p3, subtypeOf("JXL "), false).icc,
                  QColorSpace(QColorSpace::DisplayP3).iccProfile());
     }
 };

@@ -17,6 +17,7 @@
 #include <optional>
 
 #include "app/TPref.h"
+#include "files/FreedesktopTrash.h" // TrashedFile, for the undo list
 #include "thumbs/ScrollNSImageView.h" // the outlet itsImageListView is used through QPointer
 #include "view/Rect.h"
 
@@ -160,6 +161,23 @@ public:
     void addFullScreenItems(QMenu* viewMenu);
     void fullScreen(QObject* sender);  // toggles
     void slideshow(QObject* sender);   // full screen, stepping every itsSlideSeconds seconds
+
+    // ---------------------------------------------------------------- files/: file actions
+    // On the current picture: copy to the clipboard, show in the file manager, rename, move to
+    // the trash, and undo the moves to the trash made while the program runs.
+    void addFileActions(QMenu* fileMenu); // its items, and an Edit menu after the File menu
+    void copyImage(QObject* sender);
+    void showContainingFolder(QObject* sender);
+    void renameImage(QObject* sender);
+    void moveToTrash(QObject* sender);
+    void undoMoveToTrash(QObject* sender);
+    void updateFileActions(); // enabled while a picture is shown; undo while there is one
+    QPointer<QAction> itsMenuItemCopy;
+    QPointer<QAction> itsMenuItemShowFolder;
+    QPointer<QAction> itsMenuItemRename;
+    QPointer<QAction> itsMenuItemTrash;
+    QPointer<QAction> itsMenuItemUndoTrash;
+    QList<TrashedFile> trashedFiles; // moved to the trash by this run, the latest last
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;

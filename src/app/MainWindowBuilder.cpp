@@ -226,6 +226,7 @@ void Controller::loadMainWindow() {
     helpMenu->addSeparator();
     QAction* about = helpMenu->addAction(tr("&About Ormidon"));
     about->setMenuRole(QAction::AboutRole);
+    addFileActions(fileMenu); // copy, containing folder, rename, trash, and the Edit menu
 
     // Check marks follow the controller's state each time a menu opens.
     for (QMenu* menu : {fileMenu, viewMenu, helpMenu})

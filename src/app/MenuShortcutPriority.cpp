@@ -1,4 +1,5 @@
 #include "app/MenuShortcutPriority.h"
+#include "app/FieldEditingKeys.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -68,8 +69,9 @@ bool MenuShortcutPriority::eventFilter(QObject* object, QEvent* event) {
     auto* widget = qobject_cast<QWidget*>(object);
     if (!widget || !window || widget->window() != window)
         return false; // a dialog's fields keep their keys: the window's menus don't reach there
-    if (!isMenuShortcut(*static_cast<QKeyEvent*>(event)))
-        return false;
+    auto* key = static_cast<QKeyEvent*>(event);
+    if (fieldUsesEditingKey(widget, *key) || !isMenuShortcut(*key))
+        return false; // a field copies its selection and undoes its typing itself
     // Not accepted and not delivered: no control claims the key, so the shortcut runs.
     event->ignore();
     return true;

@@ -356,6 +356,127 @@
         <source>Slideshow:</source>
         <translation>Diashow:</translation>
     </message>
+    <message>
+        <source>Open Containing &amp;Folder</source>
+        <translation>Enthaltenden &amp;Ordner öffnen</translation>
+    </message>
+    <message>
+        <source>&amp;Rename…</source>
+        <translation>&amp;Umbenennen …</translation>
+    </message>
+    <message>
+        <source>Move to &amp;Trash</source>
+        <translation>In den &amp;Papierkorb verschieben</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>&amp;Bearbeiten</translation>
+    </message>
+    <message>
+        <source>&amp;Undo Move to Trash</source>
+        <translation>&amp;Rückgängig: In den Papierkorb verschieben</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>Move to Trash</source>
+        <translation>In den Papierkorb verschieben</translation>
+    </message>
+    <message>
+        <source>Undo Move to Trash</source>
+        <translation>Rückgängig: In den Papierkorb verschieben</translation>
+    </message>
+</context>
+<context>
+    <name>FileRename</name>
+    <message>
+        <source>A name cannot be empty.</source>
+        <translation>Ein Name darf nicht leer sein.</translation>
+    </message>
+    <message>
+        <source>A name cannot contain “/”.</source>
+        <translation>Ein Name darf kein „/“ enthalten.</translation>
+    </message>
+    <message>
+        <source>A name cannot contain a null character.</source>
+        <translation>Ein Name darf kein Nullzeichen enthalten.</translation>
+    </message>
+    <message>
+        <source>A name cannot be only dots.</source>
+        <translation>Ein Name darf nicht nur aus Punkten bestehen.</translation>
+    </message>
+    <message>
+        <source>The name is too long.</source>
+        <translation>Der Name ist zu lang.</translation>
+    </message>
+    <message>
+        <source>“%1” could not be renamed: %2.</source>
+        <translation>„%1“ konnte nicht umbenannt werden: %2.</translation>
+    </message>
+    <message>
+        <source>A file named “%1” already exists in this folder.</source>
+        <translation>In diesem Ordner gibt es schon eine Datei namens „%1“.</translation>
+    </message>
+</context>
+<context>
+    <name>FileSystemCalls</name>
+    <message>
+        <source>you may not change that folder</source>
+        <translation>Sie dürfen diesen Ordner nicht ändern</translation>
+    </message>
+    <message>
+        <source>the disk is read-only</source>
+        <translation>der Datenträger ist schreibgeschützt</translation>
+    </message>
+    <message>
+        <source>the file no longer exists</source>
+        <translation>die Datei gibt es nicht mehr</translation>
+    </message>
+    <message>
+        <source>the disk is full</source>
+        <translation>der Datenträger ist voll</translation>
+    </message>
+</context>
+<context>
+    <name>FreedesktopTrash</name>
+    <message>
+        <source>“%1” could not be moved to the trash: %2.</source>
+        <translation>„%1“ konnte nicht in den Papierkorb verschoben werden: %2.</translation>
+    </message>
+    <message>
+        <source>it is a folder</source>
+        <translation>es ist ein Ordner</translation>
+    </message>
+    <message>
+        <source>the trash folder “%1” cannot be made</source>
+        <translation>der Papierkorb-Ordner „%1“ kann nicht angelegt werden</translation>
+    </message>
+    <message>
+        <source>its disk has no trash, and none can be made there</source>
+        <translation>ihr Datenträger hat keinen Papierkorb, und dort kann keiner angelegt werden</translation>
+    </message>
+    <message>
+        <source>the trash holds too many files of that name</source>
+        <translation>im Papierkorb liegen zu viele Dateien dieses Namens</translation>
+    </message>
+    <message>
+        <source>“%1” could not be put back: %2.</source>
+        <translation>„%1“ konnte nicht zurückgelegt werden: %2.</translation>
+    </message>
+    <message>
+        <source>it is no longer in the trash</source>
+        <translation>sie ist nicht mehr im Papierkorb</translation>
+    </message>
+    <message>
+        <source>its folder “%1” no longer exists</source>
+        <translation>ihren Ordner „%1“ gibt es nicht mehr</translation>
+    </message>
+    <message>
+        <source>something else is now named so in “%1”</source>
+        <translation>in „%1“ heißt jetzt etwas anderes so</translation>
+    </message>
 </context>
 <context>
     <name>HelpWindow</name>
@@ -531,6 +652,25 @@
     <message>
         <source>the picture is larger than this format can hold</source>
         <translation>das Bild ist größer, als dieses Format aufnehmen kann</translation>
+    </message>
+</context>
+<context>
+    <name>RenameDialog</name>
+    <message>
+        <source>Rename</source>
+        <translation>Umbenennen</translation>
+    </message>
+    <message>
+        <source>New name for “%1”:</source>
+        <translation>Neuer Name für „%1“:</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
     </message>
 </context>
 <context>

@@ -62,6 +62,12 @@ dev_t deviceOfNearest(QString path) {
     }
 }
 
+// A trash folder of this user's, made when missing: it must be the user's own real folder before
+// anything is made inside it.
+bool isUsableTrash(const QString& trash) {
+    return ensurePrivateDir(trash) && isOwnDirectory(local(trash)) && ensureTrashFolders(trash);
+}
+
 // The top folder of the file system that holds `folder` (canonical): the highest folder above
 // it on the same device.
 QString topFolderOf(const QString& folder, dev_t device) {
@@ -86,11 +92,11 @@ QString topFolderTrash(const QString& top) {
     const QByteArray shared = local(base + QStringLiteral("/.Trash"));
     if (::lstat(shared.constData(), &st) == 0 && S_ISDIR(st.st_mode) && (st.st_mode & S_ISVTX)) {
         const QString mine = base + QStringLiteral("/.Trash/") + uid;
-        if (ensureTrashFolders(mine) && isOwnDirectory(local(mine)))
+        if (isUsableTrash(mine))
             return mine;
     }
     const QString own = base + QStringLiteral("/.Trash-") + uid;
-    if (ensureTrashFolders(own) && isOwnDirectory(local(own)))
+    if (isUsableTrash(own))
         return own;
     return QString();
 }

@@ -42,12 +42,13 @@ private slots:
         c.loadMainWindow();
         QMainWindow* window = c.window();
         QVERIFY(window);
-        QCOMPARE(menuTitles(window), QStringList({"&Datei", "&Ansicht", "&Hilfe"}));
+        QCOMPARE(menuTitles(window), QStringList({"&Datei", "&Bearbeiten", "&Ansicht", "&Hilfe"}));
         QCOMPARE(c.itsMenuItemConvAll->text(), QStringLiteral("Alle umwandeln"));
         QCOMPARE(c.itsConvert->text(), QStringLiteral("Umwandeln"));
         QCOMPARE(c.itsConvertAll->text(), QStringLiteral("Alle umwandeln"));
         QCOMPARE(c._tabView->tabText(1), QStringLiteral("Bilderliste"));
         QCOMPARE(c.itsSrcFileName->placeholderText(), QStringLiteral("Kein Bild"));
+        QCOMPARE(c.itsMenuItemTrash->text(), QStringLiteral("In den &Papierkorb verschieben"));
     }
 
     // The links text under the controls and the help pages come in German too.

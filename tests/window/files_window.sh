@@ -83,10 +83,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 # A folder name that needs percent-encoding in the .trashinfo.
 export work pictures="$work/my pictures" pictures_encoded="${work}/my%20pictures"
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share
-export XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run trash=$work/home/.local/share/Trash
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+export XDG_DATA_HOME=$work/home/.local/share trash=$work/home/.local/share/Trash
+mkdir -p "$pictures"
 convert -size 640x480 xc:lime "$pictures/a.png"
 convert -size 640x480 xc:blue "$pictures/b.png"
 convert -size 640x480 xc:red "$pictures/c.png"

@@ -25,8 +25,12 @@ DecodedImage Controller::decodeForView(const QString& path) {
         decodeAhead = std::make_shared<DecodeAhead>(imageFileTypes());
     wmfImageView* view = activeImageView();
     DecodeAhead::Picture picture = decodeAhead->take(path, shapeOf(view));
-    if (view && picture.decoded.ok)
+    if (!picture.decoded.ok) {
+        // Nothing is shown, and nothing can be stepped to from here: let the neighbours go.
+        decodeAhead->clear();
+    } else if (view) {
         view->adoptDisplayCopy(picture.decoded.image, picture.displayCopy, picture.displayPixels);
+    }
     return std::move(picture.decoded);
 }
 

@@ -23,6 +23,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <ctime>
 #include <cstdio>
 #include <functional>
 #include <vector>
@@ -33,6 +34,14 @@ double msSince(const QElapsedTimer& timer) {
     return timer.nsecsElapsed() / 1e6;
 }
 
+// CPU time of the calling thread: what a step costs the GUI thread, whatever else the machine
+// runs meanwhile.
+double threadCpuMs() {
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return t.tv_sec * 1e3 + t.tv_nsec / 1e6;
+}
+
 double median(std::vector<double> values) {
     if (values.empty())
         return 0;
@@ -40,15 +49,31 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-double timeOnce(const std::function<void()>& job) {
+struct Timing {
+    double wall = 0, cpu = 0; // ms
+};
+
+Timing timeOnce(const std::function<void()>& job) {
     QElapsedTimer timer;
+    const double cpu = threadCpuMs();
     timer.start();
     job();
-    return msSince(timer);
+    return {msSince(timer), threadCpuMs() - cpu};
+}
+
+Timing medianOf3(const std::function<void()>& job) {
+    std::vector<double> wall, cpu;
+    for (int i = 0; i < 3; ++i) {
+        const Timing t = timeOnce(job);
+        wall.push_back(t.wall);
+        cpu.push_back(t.cpu);
+    }
+    return {median(wall), median(cpu)};
 }
 
 struct Run {
     std::vector<double> steps; // ms from the key press to the picture drawn
+    std::vector<double> cpu;   // ms of the GUI thread's CPU time for the same
     int fromCache = 0;
 };
 
@@ -71,11 +96,12 @@ Run stepThrough(Controller& controller, const QString& first, int steps, bool ah
         lookAtPicture(controller);
         QKeyEvent press(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier);
         QKeyEvent release(QEvent::KeyRelease, Qt::Key_Right, Qt::NoModifier);
-        QElapsedTimer timer;
-        timer.start();
-        QApplication::sendEvent(view, &press);
-        view->repaint(); // the picture drawn, now
-        run.steps.push_back(msSince(timer));
+        const Timing t = timeOnce([&] {
+            QApplication::sendEvent(view, &press);
+            view->repaint(); // the picture drawn, now
+        });
+        run.steps.push_back(t.wall);
+        run.cpu.push_back(t.cpu);
         QApplication::sendEvent(view, &release);
         if (ahead && controller.decodeAheadCache() &&
             controller.decodeAheadCache()->lastTakenSource() != DecodeAhead::Source::Decoded)
@@ -113,48 +139,53 @@ int main(int argc, char** argv) {
 
     // Where the time of a step goes without decode-ahead, on the first file.
     const QImage probe = ImageDecoder::decode(first).image;
-    const double decodeMs = median({timeOnce([&] { ImageDecoder::decode(first); }),
-                                    timeOnce([&] { ImageDecoder::decode(first); }),
-                                    timeOnce([&] { ImageDecoder::decode(first); })});
-    const double qtReaderMs = median({timeOnce([&] { QImageReader(first).read(); }),
-                                      timeOnce([&] { QImageReader(first).read(); }),
-                                      timeOnce([&] { QImageReader(first).read(); })});
+    const Timing decode = medianOf3([&] { ImageDecoder::decode(first); });
+    const Timing qtReader = medianOf3([&] { QImageReader(first).read(); });
     QImage copy;
-    const double copyMs = timeOnce([&] { copy = makeDisplayCopy(probe, QSizeF(viewSize), 1.0); });
-    const double greyMs = timeOnce([&] { greyToneDisplayImage(copy.isNull() ? probe : copy); });
+    const Timing copyTime =
+        medianOf3([&] { copy = makeDisplayCopy(probe, QSizeF(viewSize), 1.0); });
+    const Timing grey = medianOf3([&] { greyToneDisplayImage(copy.isNull() ? probe : copy); });
     QImage canvas(viewSize, QImage::Format_ARGB32_Premultiplied);
-    const double drawMs = timeOnce([&] {
+    const Timing draw = medianOf3([&] {
         QPainter painter(&canvas);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(QRectF(QPointF(), QSizeF(viewSize)), copy.isNull() ? probe : copy);
     });
 
     // Twice each, in turn, so that neither mode has the disk cache to itself.
-    std::vector<double> withAhead, without;
-    int fromCache = 0;
+    Run withAhead, without;
     for (int round = 0; round < 2; ++round) {
-        const Run off = stepThrough(controller, first, steps, false);
-        without.insert(without.end(), off.steps.begin(), off.steps.end());
-        const Run on = stepThrough(controller, first, steps, true);
-        withAhead.insert(withAhead.end(), on.steps.begin(), on.steps.end());
-        fromCache += on.fromCache;
+        for (const bool ahead : {false, true}) {
+            const Run run = stepThrough(controller, first, steps, ahead);
+            Run& into = ahead ? withAhead : without;
+            into.steps.insert(into.steps.end(), run.steps.begin(), run.steps.end());
+            into.cpu.insert(into.cpu.end(), run.cpu.begin(), run.cpu.end());
+            into.fromCache += run.fromCache;
+        }
     }
 
     std::printf("%d steps through %dx%d JPEGs in a %dx%d view (twice each)\n", steps,
                 probe.width(), probe.height(), viewSize.width(), viewSize.height());
-    std::printf("%-52s %12s %12s\n", "job", "median (ms)", "max (ms)");
-    auto row = [](const char* job, const std::vector<double>& v) {
-        std::printf("%-52s %12.1f %12.1f\n", job, median(v),
-                    v.empty() ? 0.0 : *std::max_element(v.begin(), v.end()));
+    std::printf("%-50s %12s %10s %14s\n", "job", "median (ms)", "max (ms)", "CPU med (ms)");
+    auto row = [](const char* job, const Run& r) {
+        std::printf("%-50s %12.1f %10.1f %14.1f\n", job, median(r.steps),
+                    r.steps.empty() ? 0.0 : *std::max_element(r.steps.begin(), r.steps.end()),
+                    median(r.cpu));
+    };
+    auto part = [](const char* job, const Timing& t) {
+        std::printf("%-50s %12.1f %10s %14.1f\n", job, t.wall, "", t.cpu);
     };
     row("step, key to picture drawn, decoded ahead", withAhead);
     row("step, key to picture drawn, no decode-ahead", without);
-    std::printf("%-52s %12.1f\n", "  of which: decode (ImageDecoder)", decodeMs);
-    std::printf("%-52s %12.1f\n", "  of which: scaled copy for the view", copyMs);
-    std::printf("%-52s %12.1f\n", "  of which: drawing the copy", drawMs);
-    std::printf("%-52s %12.1f\n", "  grey tones of the copy (when on)", greyMs);
-    std::printf("%-52s %12.1f\n", "bare Qt JPEG decode (QImageReader) of one file", qtReaderMs);
-    std::printf("steps served from the cache: %d of %d; ratio no-ahead / ahead: %.1fx\n",
-                fromCache, int(withAhead.size()), median(without) / std::max(0.01, median(withAhead)));
+    part("  of which: decode (ImageDecoder, median of 3)", decode);
+    part("  of which: scaled copy for the view", copyTime);
+    part("  of which: drawing the copy", draw);
+    part("  grey tones of the copy (when on)", grey);
+    part("bare Qt JPEG decode (QImageReader) of one file", qtReader);
+    std::printf("steps served from the cache: %d of %d; ratio no-ahead / ahead: %.0fx wall, "
+                "%.0fx CPU\n",
+                withAhead.fromCache, int(withAhead.steps.size()),
+                median(without.steps) / std::max(0.01, median(withAhead.steps)),
+                median(without.cpu) / std::max(0.01, median(withAhead.cpu)));
     return 0;
 }

@@ -45,4 +45,4 @@ for run in 1 2 3; do
     /usr/bin/time -f "%e %U %S" djpeg -outfile /dev/null "$first" 2>>"$work/djpeg.times"
 done
 sort -n "$work/djpeg.times" | sed -n 2p |
-    awk '{ printf "%-52s %12.1f   (user %.2f s, sys %.2f s)\n", "bare djpeg decode of one file (median of 3)", $1 * 1000, $2, $3 }'
+    awk '{ printf "%-50s %12.1f   (user %.2f s, sys %.2f s)\n", "bare djpeg decode of one file (median of 3)", $1 * 1000, $2, $3 }'

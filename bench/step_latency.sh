@@ -4,7 +4,8 @@
 # (libjpeg-turbo's command-line decoder) and by Qt, which a viewer that decodes each picture
 # when it is stepped to pays at every step. Builds bench_step_latency in build-bench-step, makes
 # the pictures from a wallpaper photograph in a temporary folder and prints the table, with the
-# CPU time of the run (the machine may be shared).
+# CPU time of the run (the machine may be shared). One row steps every 100 ms, as with the key
+# held down, where a step waits for the decode under way.
 # Usage: bench/step_latency.sh [steps]
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)

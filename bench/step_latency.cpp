@@ -23,8 +23,8 @@
 #include <QPainter>
 
 #include <algorithm>
-#include <ctime>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <vector>
 
@@ -176,8 +176,8 @@ int main(int argc, char** argv) {
     // The key held down: a step every 100 ms, faster than a picture decodes.
     const Run held = stepThrough(controller, first, steps, true, 100);
 
-    std::printf("%d steps through %dx%d JPEGs in a %dx%d view (twice each)\n", steps,
-                probe.width(), probe.height(), viewSize.width(), viewSize.height());
+    std::printf("%d steps through %dx%d JPEGs in a %dx%d view (twice each)\n", steps, probe.width(),
+                probe.height(), viewSize.width(), viewSize.height());
     std::printf("%-50s %12s %10s %14s\n", "job", "median (ms)", "max (ms)", "CPU med (ms)");
     auto row = [](const char* job, const Run& r) {
         std::printf("%-50s %12.1f %10.1f %14.1f\n", job, median(r.steps),

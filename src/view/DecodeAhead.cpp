@@ -50,8 +50,7 @@ std::list<DecodeAhead::Entry>::iterator DecodeAhead::find(const QString& path) {
 }
 
 std::list<DecodeAhead::Entry>::iterator DecodeAhead::findId(quint64 id) {
-    return std::find_if(entries.begin(), entries.end(),
-                        [&](const Entry& e) { return e.id == id; });
+    return std::find_if(entries.begin(), entries.end(), [&](const Entry& e) { return e.id == id; });
 }
 
 // ------------------------------------------------------------------------------ GUI thread
@@ -158,9 +157,9 @@ QStringList DecodeAhead::heldPaths() const {
 
 bool DecodeAhead::isIdle() const {
     std::lock_guard lock(mutex);
-    return !request && !busy &&
-           std::none_of(entries.begin(), entries.end(),
-                        [](const Entry& e) { return e.state == State::Queued; });
+    return !request && !busy && std::none_of(entries.begin(), entries.end(), [](const Entry& e) {
+        return e.state == State::Queued;
+    });
 }
 
 bool DecodeAhead::waitUntilIdle(int timeoutMs) const {

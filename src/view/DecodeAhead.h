@@ -51,14 +51,14 @@ public:
     };
 
     enum class Source {
-        Decoded,  // decoded by take() itself: nothing was ready
-        Cache,    // ready in the cache
-        Awaited,  // the background decode was under way, and take() waited for it
+        Decoded, // decoded by take() itself: nothing was ready
+        Cache,   // ready in the cache
+        Awaited, // the background decode was under way, and take() waited for it
     };
 
     struct Picture {
         DecodedImage decoded;
-        QImage displayCopy; // makeDisplayCopy for `view`; null when none is needed or was made
+        QImage displayCopy;  // makeDisplayCopy for `view`; null when none is needed or was made
         QSize displayPixels; // the view's size in device pixels that the copy was made for
         Source source = Source::Decoded;
     };
@@ -82,8 +82,8 @@ public:
     void clear();
 
     // ----------------------------------------------------------------- observation (tests)
-    QStringList heldPaths() const;  // the pictures ready, current first, in no other order
-    bool isIdle() const;            // nothing queued, decoding or looked for
+    QStringList heldPaths() const; // the pictures ready, current first, in no other order
+    bool isIdle() const;           // nothing queued, decoding or looked for
     bool waitUntilIdle(int timeoutMs) const;
     int backgroundDecodes() const;  // decodes the background thread has started
     Source lastTakenSource() const; // where the latest take() found its picture

@@ -147,7 +147,8 @@ private slots:
         QVERIFY(freshFile.open(QIODevice::ReadWrite));
         QVERIFY(freshFile.setFileTime(oldTime, QFileDevice::FileModificationTime));
         freshFile.close();
-        QVERIFY(::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(b).constData()) == 0);
+        QVERIFY(::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(b).constData()) ==
+                0);
         QCOMPARE(centreOf(ahead.take(b, kView).decoded), QColor(Qt::magenta));
     }
 

@@ -45,6 +45,8 @@ class FullScreenWindow;
 class PrefDrawer;
 class QSpinBox;
 class wmfImageView;
+class DecodeAhead;
+struct DecodedImage;
 
 // Stop flags shared with the background jobs: the batch conversion and the thumbnail walk.
 extern std::atomic<bool> thread_exit;
@@ -178,6 +180,14 @@ public:
     QPointer<QAction> itsMenuItemTrash;
     QPointer<QAction> itsMenuItemUndoTrash;
     QList<TrashedFile> trashedFiles; // moved to the trash by this run, the latest last
+    // ---------------------------------------------------------------- view/: decode-ahead
+    // The picture to show at `path`: decoded ahead when it was, else decoded now; a scaled copy
+    // made ahead for the view goes to the view.
+    DecodedImage decodeForView(const QString& path);
+    // Once the picture at `path` is shown, its neighbours are decoded in the background.
+    void decodeAround(const QString& path);
+    DecodeAhead* decodeAheadCache() const { return decodeAhead.get(); } // null before any step
+    bool decodeAheadEnabled = true; // off: every step decodes its picture itself
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;
@@ -264,4 +274,5 @@ private:
     GuiInboxBase* imageWalkInbox = nullptr; // the names it finds, on their way to this thread
     void updateImageProgress();             // spins while the list fills
     QStringList batchFailures; // GUI thread: outputs of the running batch that were not written
+    std::shared_ptr<DecodeAhead> decodeAhead; // the neighbours of the picture shown
 };

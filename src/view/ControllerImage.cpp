@@ -19,9 +19,10 @@ int16_t boundsField(double points) {
 bool Controller::imageViewUpdate(const QString& path) {
     // The bounds are cleared whatever happens: after a failed load there are none.
     itsImgBounds = Rect{0, 0, 0, 0};
-    DecodedImage decoded = ImageDecoder::decode(path);
+    DecodedImage decoded = decodeForView(path);
     if (!decoded.ok)
         return false; // the previous picture, size text and view path stay as they were
+    decodeAround(path);
 
     const double width = decoded.pointSize.width();
     const double height = decoded.pointSize.height();

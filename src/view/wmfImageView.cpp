@@ -5,6 +5,7 @@
 #include "browse/FolderIndex.h"
 #include "export/DocumentExport.h"
 #include "view/CropMarker.h"
+#include "view/DisplayCopy.h"
 #include "view/GreyTone.h"
 #include "view/RotationGeometry.h"
 
@@ -26,22 +27,6 @@
 
 namespace {
 
-
-// A picture is drawn from a scaled copy when it would be shown at less than half its size at
-// every angle: drawing 24 megapixels through a turned transform on every frame of a slider
-// drag is far too slow, while the copy is drawn in a few milliseconds.
-constexpr double kScaledCopyBelow = 0.5;
-
-// The largest scale at which the picture can be shown in the view: the turned bounding box is
-// smallest at the quarter turns, so the scale at 0 or 90 degrees bounds every other angle.
-double largestDisplayScale(const QSize& picture, const QSizeF& view) {
-    if (picture.width() <= 0 || picture.height() <= 0)
-        return 0.0;
-    const double w = picture.width(), h = picture.height();
-    const double upright = std::min(view.width() / w, view.height() / h);
-    const double turned = std::min(view.width() / h, view.height() / w);
-    return std::max(upright, turned);
-}
 
 // The picture's size from the controller's rectangle. A side above 32767 wraps in the 16-bit
 // rectangle; the picture itself then gives the true size.
@@ -119,6 +104,15 @@ void wmfImageView::setImage(const QImage& image) {
     update();
 }
 
+void wmfImageView::adoptDisplayCopy(const QImage& picture, const QImage& copy,
+                                    const QSize& viewPixels) {
+    if (copy.isNull() || picture.isNull())
+        return;
+    cache->scaled = copy;
+    cache->scaledOf = picture.cacheKey();
+    cache->scaledFor = viewPixels; // drawn only while the view still has this size
+}
+
 void wmfImageView::selectionChanged() {
     update();
 }
@@ -144,17 +138,12 @@ const QImage& wmfImageView::greyVersion(const QImage& shown) {
 QImage wmfImageView::displaySource(const QImage& picture, Tones tones) {
     QImage shown = picture;
     const qreal ratio = devicePixelRatioF();
-    const double scale = largestDisplayScale(picture.size(), QSizeF(size())) * ratio;
-    if (displayCacheEnabled && scale > 0.0 && scale < kScaledCopyBelow) {
-        const QSize viewPixels = (QSizeF(size()) * ratio).toSize();
+    const QSizeF viewSize(size());
+    if (displayCacheEnabled && needsDisplayCopy(picture.size(), viewSize, ratio)) {
+        const QSize viewPixels = viewDevicePixels(viewSize, ratio);
         if (cache->scaledOf != picture.cacheKey() || cache->scaledFor != viewPixels ||
             cache->scaled.isNull()) {
-            const QSize target(std::max(1, int(std::ceil(picture.width() * scale))),
-                               std::max(1, int(std::ceil(picture.height() * scale))));
-            QImage scaled = picture.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-            if (scaled.hasAlphaChannel() && scaled.format() != QImage::Format_ARGB32_Premultiplied)
-                scaled.convertTo(QImage::Format_ARGB32_Premultiplied); // the fastest to draw
-            cache->scaled = scaled;
+            cache->scaled = makeDisplayCopy(picture, viewSize, ratio);
             cache->scaledOf = picture.cacheKey();
             cache->scaledFor = viewPixels;
         }

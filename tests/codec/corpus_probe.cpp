@@ -135,6 +135,7 @@ int main(int argc, char** argv) {
     say("file " + file);
     Controller controller;
     controller.skipSplash = true;
+    controller.decodeAheadEnabled = false; // one file per probe: its neighbours are probed alone
     controller.loadMainWindow();
     controller.itsMainWindow->show();
     controller.itsDstFileName->setText(out);

@@ -26,6 +26,7 @@ class QComboBox;
 class QFileDialog;
 class QLabel;
 class QMenu;
+class QMenuBar;
 class QLineEdit;
 class QMainWindow;
 class QProgressBar;
@@ -44,6 +45,7 @@ class FullScreenWindow;
 class PrefDrawer;
 class QSpinBox;
 class wmfImageView;
+enum class JpegTurn;
 
 // Stop flags shared with the background jobs: the batch conversion and the thumbnail walk.
 extern std::atomic<bool> thread_exit;
@@ -107,6 +109,12 @@ public:
     QPointer<QAction> itsMenuItemSlideshow;
     QPointer<QSpinBox> itsSlideSeconds;
     QPointer<FullScreenWindow> itsFullScreen;
+    // The Image menu: quarter turns and flips, lossless in the file for a JPEG.
+    QPointer<QAction> itsMenuItemRotateLeft;
+    QPointer<QAction> itsMenuItemRotateRight;
+    QPointer<QAction> itsMenuItemFlipHorizontal;
+    QPointer<QAction> itsMenuItemFlipVertical;
+    bool jpegTurnsConfirmed = false; // the user agreed to JPEG files being rewritten, this session
 
     // ---------------------------------------------------------------- app/: start-up, shutdown
     void loadMainWindow(); // builds the window and its controls, then awakeFromNib()
@@ -160,6 +168,12 @@ public:
     void addFullScreenItems(QMenu* viewMenu);
     void fullScreen(QObject* sender);  // toggles
     void slideshow(QObject* sender);   // full screen, stepping every itsSlideSeconds seconds
+    // ---------------------------------------------------------------- view/: the Image menu
+    void addImageMenu(QMenuBar* menuBar); // Rotate Left/Right, Flip Horizontal/Vertical
+    void turnPicture(JpegTurn turn);      // the JPEG file losslessly, any other picture on screen
+    bool isImageMenuItem(const QAction* item) const;
+    bool imageMenuItemEnabled(const QAction* item) const;
+    void updateImageMenu();
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;

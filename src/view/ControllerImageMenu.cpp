@@ -147,14 +147,14 @@ void Controller::turnPicture(JpegTurn turn) {
     JpegTransform::Result result;
     runWhileBusy(window, [&] { result = JpegTransform::turnFile(path, turn, false); });
     if (result.outcome == JpegTransform::Outcome::NeedsTrim) {
-        const int pixels = result.trimmedColumns + result.trimmedRows;
+        const int columns = result.trimmedColumns, rows = result.trimmedRows;
         const QString lost =
-            result.trimmedColumns > 0 && result.trimmedRows > 0
-                ? tr("the last %1 pixel columns and %2 pixel rows")
-                      .arg(result.trimmedColumns)
-                      .arg(result.trimmedRows)
-                : result.trimmedColumns > 0 ? tr("the last %n pixel column(s)", "", pixels)
-                                            : tr("the last %n pixel row(s)", "", pixels);
+            columns > 0 && rows > 0
+                ? tr("the last %1 pixel columns and %2 pixel rows").arg(columns).arg(rows)
+            : columns == 1 ? tr("the last pixel column")
+            : columns > 1  ? tr("the last %1 pixel columns").arg(columns)
+            : rows == 1    ? tr("the last pixel row")
+                           : tr("the last %1 pixel rows").arg(rows);
         if (!ask(window, "jpegTrimQuestion",
                  tr("This picture cannot be turned losslessly without losing %1.").arg(lost),
                  tr("JPEG stores pictures in blocks of 8 or 16 pixels; the partial blocks at this "
@@ -187,6 +187,7 @@ void Controller::turnPicture(JpegTurn turn) {
                           tr("“%1” was not turned.").arg(QFileInfo(path).fileName()),
                           QMessageBox::Ok, window);
         alert.setObjectName(QStringLiteral("jpegTurnFailed"));
+        alert.button(QMessageBox::Ok)->setText(tr("OK"));
         alert.setInformativeText(reason + u' ' + tr("The file is unchanged."));
         alert.exec();
         return;

@@ -77,12 +77,13 @@ int combinedTransform(int orientation, JpegTurn turn) {
 // the left one under a horizontal flip or a left turn, a partial block at the bottom to the top
 // under a vertical flip or a right turn.
 void partialEdges(int op, int width, int height, int subsampling, int& columns, int& rows) {
-    const bool movesRightEdge = op == TJXOP_HFLIP || op == TJXOP_ROT270 ||
-                                op == TJXOP_TRANSVERSE || op == TJXOP_ROT180;
-    const bool movesBottomEdge = op == TJXOP_VFLIP || op == TJXOP_ROT90 ||
-                                 op == TJXOP_TRANSVERSE || op == TJXOP_ROT180;
+    const bool movesRightEdge =
+        op == TJXOP_HFLIP || op == TJXOP_ROT270 || op == TJXOP_TRANSVERSE || op == TJXOP_ROT180;
+    const bool movesBottomEdge =
+        op == TJXOP_VFLIP || op == TJXOP_ROT90 || op == TJXOP_TRANSVERSE || op == TJXOP_ROT180;
     // A sampling libjpeg-turbo cannot name gets the largest block it knows.
-    const int blockWidth = subsampling >= 0 && subsampling < TJ_NUMSAMP ? tjMCUWidth[subsampling] : 32;
+    const int blockWidth =
+        subsampling >= 0 && subsampling < TJ_NUMSAMP ? tjMCUWidth[subsampling] : 32;
     const int blockHeight =
         subsampling >= 0 && subsampling < TJ_NUMSAMP ? tjMCUHeight[subsampling] : 16;
     columns = movesRightEdge ? width % blockWidth : 0;
@@ -130,9 +131,10 @@ bool transform(const QByteArray& jpeg, int op, int options, QByteArray& out) {
     how.options = options;
     unsigned char* buffer = nullptr;
     unsigned long size = 0;
-    const int failed = tjTransform(tj.handle, reinterpret_cast<const unsigned char*>(jpeg.constData()),
-                                   static_cast<unsigned long>(jpeg.size()), 1, &buffer, &size,
-                                   &how, TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS);
+    const int failed =
+        tjTransform(tj.handle, reinterpret_cast<const unsigned char*>(jpeg.constData()),
+                    static_cast<unsigned long>(jpeg.size()), 1, &buffer, &size, &how,
+                    TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS);
     if (failed == 0 && buffer && size > 0)
         out = QByteArray(reinterpret_cast<const char*>(buffer), qsizetype(size));
     tjFree(buffer);
@@ -219,10 +221,13 @@ Result turnBytes(const QByteArray& jpeg, JpegTurn turn, bool allowTrim, QByteArr
     }
 
     const bool swaps = kTransforms[size_t(op)].swapsSides();
-    const int newWidth = (swaps ? height : width) - (swaps ? result.trimmedRows : result.trimmedColumns);
-    const int newHeight = (swaps ? width : height) - (swaps ? result.trimmedColumns : result.trimmedRows);
-    if (!JpegTurnMetadata::settle(out, newWidth, newHeight,
-                                  [op](const QByteArray& thumb) { return turnThumbnail(thumb, op); })) {
+    const int newWidth =
+        (swaps ? height : width) - (swaps ? result.trimmedRows : result.trimmedColumns);
+    const int newHeight =
+        (swaps ? width : height) - (swaps ? result.trimmedColumns : result.trimmedRows);
+    if (!JpegTurnMetadata::settle(out, newWidth, newHeight, [op](const QByteArray& thumb) {
+            return turnThumbnail(thumb, op);
+        })) {
         result.outcome = Outcome::Damaged; // metadata that cannot be rewritten would turn it twice
         return result;
     }

@@ -16,8 +16,8 @@ using ExivImage = std::unique_ptr<Exiv2::Image>;
 
 ExivImage openInMemory(const QByteArray& jpeg) {
     MetadataCarrier::ensureLibraryReady();
-    ExivImage image(Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(jpeg.constData()),
-                                              long(jpeg.size()))
+    ExivImage image(Exiv2::ImageFactory::open(
+                        reinterpret_cast<const Exiv2::byte*>(jpeg.constData()), long(jpeg.size()))
                         .release());
     if (!image || image->imageType() != Exiv2::ImageType::jpeg)
         return nullptr;

@@ -33,8 +33,8 @@ bool isRotation(JpegTurn turn) {
 }
 
 // Asks a question with the action's own button and Cancel; whether the action was chosen.
-bool ask(QWidget* window, const char* objectName, const QString& text,
-         const QString& informative, const QString& action) {
+bool ask(QWidget* window, const char* objectName, const QString& text, const QString& informative,
+         const QString& action) {
     QMessageBox box(QMessageBox::Question, QApplication::applicationDisplayName(), text,
                     QMessageBox::NoButton, window);
     box.setObjectName(QLatin1String(objectName));
@@ -56,6 +56,37 @@ void forgetThumbnails(const QString& path) {
     for (auto flavour : {ThumbnailCache::Flavour::Normal, ThumbnailCache::Flavour::Large})
         QFile::remove(ThumbnailCache::entryPath(source, flavour));
     QFile::remove(ThumbnailCache::failurePath(source));
+}
+
+// What a trim drops, as the question names it.
+QString trimmedEdgeText(const JpegTransform::Result& result) {
+    const int columns = result.trimmedColumns, rows = result.trimmedRows;
+    if (columns > 0 && rows > 0)
+        return Controller::tr("the last %1 pixel columns and %2 pixel rows").arg(columns).arg(rows);
+    if (columns == 1)
+        return Controller::tr("the last pixel column");
+    if (columns > 1)
+        return Controller::tr("the last %1 pixel columns").arg(columns);
+    if (rows == 1)
+        return Controller::tr("the last pixel row");
+    return Controller::tr("the last %1 pixel rows").arg(rows);
+}
+
+// Why a file was not turned, for the alert.
+QString failureReason(JpegTransform::Outcome outcome) {
+    switch (outcome) {
+    case JpegTransform::Outcome::ReadOnly:
+        return Controller::tr("The file or its folder cannot be written.");
+    case JpegTransform::Outcome::WriteFailed:
+        return Controller::tr("The new file could not be written (is the disk full?).");
+    case JpegTransform::Outcome::TooLarge:
+        return Controller::tr("The picture is larger than Ormidon can handle.");
+    case JpegTransform::Outcome::Unreadable:
+        return Controller::tr("The file cannot be read.");
+    default:
+        return Controller::tr(
+            "The file is damaged or is not a JPEG that can be turned losslessly.");
+    }
 }
 
 } // namespace
@@ -117,8 +148,7 @@ void Controller::turnPicture(JpegTurn turn) {
             QApplication::beep();
             return;
         }
-        const int angle =
-            normalisedAngle(m_rotate + (turn == JpegTurn::RotateRight ? 90 : -90));
+        const int angle = normalisedAngle(m_rotate + (turn == JpegTurn::RotateRight ? 90 : -90));
         if (itsRotateSlider)
             itsRotateSlider->setValue(angle);
         m_rotate = angle; // also when the slider was already there and a typed angle differed
@@ -147,14 +177,7 @@ void Controller::turnPicture(JpegTurn turn) {
     JpegTransform::Result result;
     runWhileBusy(window, [&] { result = JpegTransform::turnFile(path, turn, false); });
     if (result.outcome == JpegTransform::Outcome::NeedsTrim) {
-        const int columns = result.trimmedColumns, rows = result.trimmedRows;
-        const QString lost =
-            columns > 0 && rows > 0
-                ? tr("the last %1 pixel columns and %2 pixel rows").arg(columns).arg(rows)
-            : columns == 1 ? tr("the last pixel column")
-            : columns > 1  ? tr("the last %1 pixel columns").arg(columns)
-            : rows == 1    ? tr("the last pixel row")
-                           : tr("the last %1 pixel rows").arg(rows);
+        const QString lost = trimmedEdgeText(result);
         if (!ask(window, "jpegTrimQuestion",
                  tr("This picture cannot be turned losslessly without losing %1.").arg(lost),
                  tr("JPEG stores pictures in blocks of 8 or 16 pixels; the partial blocks at this "
@@ -165,24 +188,7 @@ void Controller::turnPicture(JpegTurn turn) {
     }
 
     if (!result.ok()) {
-        QString reason;
-        switch (result.outcome) {
-        case JpegTransform::Outcome::ReadOnly:
-            reason = tr("The file or its folder cannot be written.");
-            break;
-        case JpegTransform::Outcome::WriteFailed:
-            reason = tr("The new file could not be written (is the disk full?).");
-            break;
-        case JpegTransform::Outcome::TooLarge:
-            reason = tr("The picture is larger than Ormidon can handle.");
-            break;
-        case JpegTransform::Outcome::Unreadable:
-            reason = tr("The file cannot be read.");
-            break;
-        default:
-            reason = tr("The file is damaged or is not a JPEG that can be turned losslessly.");
-            break;
-        }
+        const QString reason = failureReason(result.outcome);
         QMessageBox alert(QMessageBox::Warning, QApplication::applicationDisplayName(),
                           tr("“%1” was not turned.").arg(QFileInfo(path).fileName()),
                           QMessageBox::Ok, window);

@@ -18,7 +18,9 @@ struct JpegCoefficients {
         int widthInBlocks = 0;
         int heightInBlocks = 0;
         std::vector<std::array<int, 64>> blocks; // row by row; coefficients [v * 8 + u]
-        const std::array<int, 64>& at(int x, int y) const { return blocks[size_t(y * widthInBlocks + x)]; }
+        const std::array<int, 64>& at(int x, int y) const {
+            return blocks[size_t(y * widthInBlocks + x)];
+        }
         bool operator==(const Plane&) const = default;
     };
     std::vector<Plane> planes;
@@ -37,12 +39,12 @@ struct JpegCoefficients {
             const jpeg_component_info& component = info.comp_info[c];
             // The blocks that hold the picture; libjpeg may pad a plane to whole MCUs.
             Plane plane;
-            plane.widthInBlocks = int((info.image_width * component.h_samp_factor +
-                                       info.max_h_samp_factor * 8 - 1) /
-                                      (info.max_h_samp_factor * 8));
-            plane.heightInBlocks = int((info.image_height * component.v_samp_factor +
-                                        info.max_v_samp_factor * 8 - 1) /
-                                       (info.max_v_samp_factor * 8));
+            plane.widthInBlocks =
+                int((info.image_width * component.h_samp_factor + info.max_h_samp_factor * 8 - 1) /
+                    (info.max_h_samp_factor * 8));
+            plane.heightInBlocks =
+                int((info.image_height * component.v_samp_factor + info.max_v_samp_factor * 8 - 1) /
+                    (info.max_v_samp_factor * 8));
             const JQUANT_TBL* steps = component.quant_table;
             for (int y = 0; y < plane.heightInBlocks; ++y) {
                 JBLOCKARRAY row = (*info.mem->access_virt_barray)(

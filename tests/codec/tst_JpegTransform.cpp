@@ -1,6 +1,6 @@
+#include "JpegCoefficients.h"
 #include "codec/ImageDecoder.h"
 #include "codec/JpegTransform.h"
-#include "JpegCoefficients.h"
 
 #include <QColorSpace>
 #include <QFile>
@@ -40,8 +40,9 @@ QImage blockyPicture(int width, int height) {
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
             const int bx = x / 16, by = y / 16;
-            picture.setPixel(x, y, qRgb((bx * 53 + by * 17) % 256, (bx * 29 + by * 71) % 256,
-                                        (bx * by * 37 + 90) % 256));
+            picture.setPixel(x, y,
+                             qRgb((bx * 53 + by * 17) % 256, (bx * 29 + by * 71) % 256,
+                                  (bx * by * 37 + 90) % 256));
         }
     return picture;
 }
@@ -51,11 +52,11 @@ QByteArray encode(const QImage& picture, int subsampling, bool progressive = fal
     tjhandle tj = tjInitCompress();
     unsigned char* buffer = nullptr;
     unsigned long size = 0;
-    const int failed =
-        tjCompress2(tj, picture.constBits(), picture.width(), int(picture.bytesPerLine()),
-                    picture.height(), TJPF_RGB, &buffer, &size, subsampling, 90,
-                    progressive ? TJFLAG_PROGRESSIVE : 0);
-    QByteArray bytes = failed ? QByteArray() : QByteArray(reinterpret_cast<char*>(buffer), qsizetype(size));
+    const int failed = tjCompress2(tj, picture.constBits(), picture.width(),
+                                   int(picture.bytesPerLine()), picture.height(), TJPF_RGB, &buffer,
+                                   &size, subsampling, 90, progressive ? TJFLAG_PROGRESSIVE : 0);
+    QByteArray bytes =
+        failed ? QByteArray() : QByteArray(reinterpret_cast<char*>(buffer), qsizetype(size));
     tjFree(buffer);
     tjDestroy(tj);
     return bytes;
@@ -151,8 +152,7 @@ ExivImage openExiv(const QString& path) {
 QString exifText(const QString& path, const char* key) {
     const ExivImage image = openExiv(path);
     const auto found = image->exifData().findKey(Exiv2::ExifKey(key));
-    return found == image->exifData().end() ? QString()
-                                            : QString::fromStdString(found->toString());
+    return found == image->exifData().end() ? QString() : QString::fromStdString(found->toString());
 }
 
 // A camera's metadata on the file at `path`: maker, place, orientation, pixel size, a thumbnail,
@@ -221,11 +221,10 @@ void tst_JpegTransform::turnsAreLosslessPixelForPixel_data() {
     QTest::addColumn<int>("subsampling");
     QTest::addColumn<bool>("progressive");
     QTest::addColumn<JpegTurn>("turn");
-    const std::pair<const char*, JpegTurn> turns[] = {
-        {"right", JpegTurn::RotateRight},
-        {"left", JpegTurn::RotateLeft},
-        {"flip horizontal", JpegTurn::FlipHorizontal},
-        {"flip vertical", JpegTurn::FlipVertical}};
+    const std::pair<const char*, JpegTurn> turns[] = {{"right", JpegTurn::RotateRight},
+                                                      {"left", JpegTurn::RotateLeft},
+                                                      {"flip horizontal", JpegTurn::FlipHorizontal},
+                                                      {"flip vertical", JpegTurn::FlipVertical}};
     for (const auto& [name, turn] : turns) {
         QTest::addRow("4:2:0 %s", name) << int(TJSAMP_420) << false << turn;
         QTest::addRow("4:4:4 %s", name) << int(TJSAMP_444) << false << turn;
@@ -399,9 +398,10 @@ void tst_JpegTransform::partialEdgeBlocksAreTrimmedOnlyWhenAllowed() {
     QCOMPARE(result.outcome, JpegTransform::Outcome::Done);
     const QImage after = decodeStored(readAll(path), TJFLAG_FASTUPSAMPLE);
     QCOMPARE(after.size(), QSize(32, 70));
-    QCOMPARE(differingPixels(after, turned(decodeStored(source, TJFLAG_FASTUPSAMPLE).copy(0, 0, 70, 32),
-                                           JpegTurn::RotateRight)),
-             0);
+    QCOMPARE(
+        differingPixels(after, turned(decodeStored(source, TJFLAG_FASTUPSAMPLE).copy(0, 0, 70, 32),
+                                      JpegTurn::RotateRight)),
+        0);
 }
 
 void tst_JpegTransform::readOnlyFileOrFolderIsLeftAlone() {
@@ -427,8 +427,8 @@ void tst_JpegTransform::readOnlyFileOrFolderIsLeftAlone() {
 void tst_JpegTransform::permissionsAreKept() {
     const QString path = pathOf("shared.jpg");
     QVERIFY(writeAll(path, encode(texturedPicture(64, 64), TJSAMP_444)));
-    const QFile::Permissions mode =
-        QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser | QFile::ReadGroup;
+    const QFile::Permissions mode = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser |
+                                    QFile::WriteUser | QFile::ReadGroup;
     QVERIFY(QFile::setPermissions(path, mode));
     QVERIFY(JpegTransform::turnFile(path, JpegTurn::RotateLeft, false).ok());
     QCOMPARE(QFile::permissions(path) & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),

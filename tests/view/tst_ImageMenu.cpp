@@ -244,8 +244,8 @@ void tst_ImageMenu::jpegIsRewrittenAfterOneQuestionPerSession() {
     // The file is turned, the view shows it, and the angle is still the picture's own.
     const QImage turned = QImage(path);
     QCOMPARE(turned.size(), QSize(80, 160));
-    QCOMPARE(QColor(turned.pixel(40, 10)).blue(), 0);    // red went to the top
-    QCOMPARE(QColor(turned.pixel(40, 150)).red(), 0);    // blue to the bottom
+    QCOMPARE(QColor(turned.pixel(40, 10)).blue(), 0); // red went to the top
+    QCOMPARE(QColor(turned.pixel(40, 150)).red(), 0); // blue to the bottom
     QCOMPARE(controller->getCGImage().size(), QSize(80, 160));
     QCOMPARE(controller->itsSizeField->text(), QStringLiteral("60 * 120")); // points at 96 dpi
     QCOMPARE(controller->getRotation(), 0);

@@ -91,7 +91,7 @@ private slots:
 private:
     QString pathOf(const QString& name) const { return QDir(home->path()).filePath(name); }
     void open(const QString& path);
-    void pressOnPicture(int key);
+    void pressOnPicture(QKeyCombination key);
 
     std::unique_ptr<QTemporaryDir> home;
     std::unique_ptr<Controller> controller;
@@ -128,13 +128,12 @@ void tst_ImageMenu::open(const QString& path) {
     QTRY_VERIFY(controller->itsWmfView->hasFocus());
 }
 
-void tst_ImageMenu::pressOnPicture(int key) {
+void tst_ImageMenu::pressOnPicture(QKeyCombination key) {
     // A closed question hands the window's activation back through the window system, which
     // the offscreen platform does not always do: the menu keys need the window active.
     controller->itsMainWindow->activateWindow();
     QTRY_VERIFY(QApplication::activeWindow() == controller->itsMainWindow);
-    QTest::keyClick(controller->itsWmfView, Qt::Key(key & ~Qt::KeyboardModifierMask),
-                    Qt::KeyboardModifiers(key & Qt::KeyboardModifierMask));
+    QTest::keyClick(controller->itsWmfView, key.key(), key.keyboardModifiers());
 }
 
 void tst_ImageMenu::menuFollowsViewWithItsKeys() {

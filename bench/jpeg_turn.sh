@@ -35,6 +35,8 @@ echo
 "$build/bench/bench_jpeg_turn" "$work/photo24.jpg" "$runs"
 cp "$work/photo24.jpg" "$work/in.jpg"
 echo "jpegtran -rotate 90 -copy all -perfect: $(timed jpegtran -rotate 90 -copy all -perfect -outfile "$work/out.jpg" "$work/in.jpg")"
+echo "    jpegtran's output: $(stat -c %s "$work/out.jpg") bytes"
 echo "exiftran -9 -i (in place):              $(timed exiftran -9 -i "$work/in.jpg")"
+echo "    exiftran's output: $(stat -c %s "$work/in.jpg") bytes"
 echo "ImageMagick convert -rotate 90 (lossy):  $(timed convert "$work/photo24.jpg" -rotate 90 -quality 92 "$work/lossy.jpg")"
 echo "(the machine may be shared with other builds: compare CPU times and ratios, repeat runs)"

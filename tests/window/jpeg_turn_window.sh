@@ -98,9 +98,8 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+mkdir -p "$pictures"
 convert -size 320x320 xc:red xc:blue +append -quality 95 -sampling-factor 2x2 "$pictures/photo.jpg"
 exiv2 -q -M"set Exif.Image.Make Testmaker" -M"set Exif.GPSInfo.GPSLatitudeRef N" "$pictures/photo.jpg"
 convert "$pictures/photo.jpg" "$work/original.png"

@@ -27,6 +27,7 @@ class QComboBox;
 class QFileDialog;
 class QLabel;
 class QMenu;
+class QMenuBar;
 class QLineEdit;
 class QMainWindow;
 class QProgressBar;
@@ -47,6 +48,7 @@ class QSpinBox;
 class wmfImageView;
 class DecodeAhead;
 struct DecodedImage;
+enum class JpegTurn;
 
 // Stop flags shared with the background jobs: the batch conversion and the thumbnail walk.
 extern std::atomic<bool> thread_exit;
@@ -110,6 +112,12 @@ public:
     QPointer<QAction> itsMenuItemSlideshow;
     QPointer<QSpinBox> itsSlideSeconds;
     QPointer<FullScreenWindow> itsFullScreen;
+    // The Image menu: quarter turns and flips, lossless in the file for a JPEG.
+    QPointer<QAction> itsMenuItemRotateLeft;
+    QPointer<QAction> itsMenuItemRotateRight;
+    QPointer<QAction> itsMenuItemFlipHorizontal;
+    QPointer<QAction> itsMenuItemFlipVertical;
+    bool jpegTurnsConfirmed = false; // the user agreed to JPEG files being rewritten, this session
 
     // ---------------------------------------------------------------- app/: start-up, shutdown
     void loadMainWindow(); // builds the window and its controls, then awakeFromNib()
@@ -163,6 +171,12 @@ public:
     void addFullScreenItems(QMenu* viewMenu);
     void fullScreen(QObject* sender);  // toggles
     void slideshow(QObject* sender);   // full screen, stepping every itsSlideSeconds seconds
+    // ---------------------------------------------------------------- view/: the Image menu
+    void addImageMenu(QMenuBar* menuBar); // Rotate Left/Right, Flip Horizontal/Vertical
+    void turnPicture(JpegTurn turn);      // the JPEG file losslessly, any other picture on screen
+    bool isImageMenuItem(const QAction* item) const;
+    bool imageMenuItemEnabled(const QAction* item) const;
+    void updateImageMenu();
 
     // ---------------------------------------------------------------- files/: file actions
     // On the current picture: copy to the clipboard, show in the file manager, rename, move to

@@ -54,6 +54,8 @@ void Controller::showPref(QObject*) {
 bool Controller::validateMenuItem(QAction* item) {
     if (!item)
         return true;
+    if (isImageMenuItem(item))
+        return imageMenuItemEnabled(item);
     if (item == itsMenuItemPref) {
         const int state = itsPrefDrawer ? itsPrefDrawer->state() : PrefDrawer::Closed;
         item->setChecked(state == PrefDrawer::Opening || state == PrefDrawer::Open);

@@ -215,6 +215,7 @@ void Controller::loadMainWindow() {
     addZoomItems(viewMenu);
     viewMenu->addSeparator();
     addFullScreenItems(viewMenu);
+    addImageMenu(window->menuBar());
 
     QMenu* helpMenu = window->menuBar()->addMenu(tr("&Help"));
     QAction* help = helpMenu->addAction(tr("Ormidon Help"));

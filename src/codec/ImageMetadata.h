@@ -19,6 +19,10 @@ struct ImageMetadata {
 // gives no metadata and never an exception, a crash or a hang.
 namespace MetadataCarrier {
 
+// Sets libexiv2 up for use from any thread (its XMP toolkit, its messages muted); every use of
+// it in the codec layer calls this first. Cheap after the first call.
+void ensureLibraryReady();
+
 // The metadata of the file at `path`; empty when it has none or it cannot be read.
 ImageMetadata read(const QString& path);
 

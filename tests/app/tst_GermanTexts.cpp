@@ -42,7 +42,9 @@ private slots:
         c.loadMainWindow();
         QMainWindow* window = c.window();
         QVERIFY(window);
-        QCOMPARE(menuTitles(window), QStringList({"&Datei", "&Bearbeiten", "&Ansicht", "&Hilfe"}));
+        QCOMPARE(menuTitles(window),
+                 QStringList({"&Datei", "&Bearbeiten", "&Ansicht", "&Bild", "&Hilfe"}));
+        QCOMPARE(c.itsMenuItemRotateRight->text(), QStringLiteral("Nach &rechts drehen"));
         QCOMPARE(c.itsMenuItemConvAll->text(), QStringLiteral("Alle umwandeln"));
         QCOMPARE(c.itsConvert->text(), QStringLiteral("Umwandeln"));
         QCOMPARE(c.itsConvertAll->text(), QStringLiteral("Alle umwandeln"));

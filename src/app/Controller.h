@@ -23,6 +23,7 @@
 class QAction;
 class QCheckBox;
 class QComboBox;
+class QDockWidget;
 class QFileDialog;
 class QLabel;
 class QMenu;
@@ -41,6 +42,7 @@ class QWidget;
 
 class GuiInboxBase;
 class FullScreenWindow;
+class InformationPanel;
 class PrefDrawer;
 class QSpinBox;
 class wmfImageView;
@@ -107,6 +109,10 @@ public:
     QPointer<QAction> itsMenuItemSlideshow;
     QPointer<QSpinBox> itsSlideSeconds;
     QPointer<FullScreenWindow> itsFullScreen;
+    // Information: the View menu's item and the side panel it shows.
+    QPointer<QAction> itsMenuItemInformation;
+    QPointer<QDockWidget> itsInformationDock;
+    QPointer<InformationPanel> itsInformationPanel;
 
     // ---------------------------------------------------------------- app/: start-up, shutdown
     void loadMainWindow(); // builds the window and its controls, then awakeFromNib()
@@ -160,6 +166,9 @@ public:
     void addFullScreenItems(QMenu* viewMenu);
     void fullScreen(QObject* sender);  // toggles
     void slideshow(QObject* sender);   // full screen, stepping every itsSlideSeconds seconds
+    // ---------------------------------------------------------------- view/: information panel
+    void addInformationItem(QMenu* viewMenu); // View > Information (Ctrl+I) and its dock
+    void showInformation();                   // the panel follows the picture shown
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;

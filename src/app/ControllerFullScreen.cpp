@@ -1,27 +1,19 @@
 // View > Full Screen and View > Slideshow, and the drawer's seconds per slide.
 #include "app/Controller.h"
 #include "app/FullScreenWindow.h"
+#include "app/ViewerSettings.h"
 #include "view/wmfImageView.h"
 
 #include <QAction>
 #include <QMainWindow>
 #include <QMenu>
 #include <QScreen>
-#include <QSettings>
 #include <QSpinBox>
-#include <QStandardPaths>
 
 namespace {
 
 constexpr int kDefaultSlideSeconds = 4;
 const char* const kSlideSecondsKey = "slideshow/seconds";
-
-// The viewer's own settings, beside the window frames: kept apart from the conversion
-// settings of the preferences file.
-QSettings viewerSettings() {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    return QSettings(folder + "/Ormidon/viewer.ini", QSettings::IniFormat);
-}
 
 } // namespace
 

@@ -133,6 +133,10 @@ void updateXmp(Exiv2::XmpData& xmp, const char* key, const std::string& value) {
 
 namespace MetadataCarrier {
 
+void ensureLibraryReady() {
+    ensureExiv2Ready();
+}
+
 ImageMetadata read(const QString& path) {
     const QFileInfo info(path);
     if (!info.isFile() || info.size() <= 0 || info.size() > kMaxFileBytes)

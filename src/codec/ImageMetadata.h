@@ -19,6 +19,9 @@ struct ImageMetadata {
 // gives no metadata and never an exception, a crash or a hang.
 namespace MetadataCarrier {
 
+// Sets libexiv2 up once for use from any thread; every reader of the codec layer calls it first.
+void ensureLibraryReady();
+
 // The metadata of the file at `path`; empty when it has none or it cannot be read.
 ImageMetadata read(const QString& path);
 

@@ -28,6 +28,7 @@ void Controller::addInformationItem(QMenu* viewMenu) {
     auto* scroll = new QScrollArea(dock);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setMinimumWidth(260); // a row's label and a camera's name side by side
     auto* panel = new InformationPanel(scroll);
     panel->setObjectName("itsInformationPanel");
     scroll->setWidget(panel);
@@ -43,7 +44,11 @@ void Controller::addInformationItem(QMenu* viewMenu) {
     viewMenu->addAction(itsMenuItemInformation);
 
     dock->setVisible(viewerSettings().value(kInformationShownKey, false).toBool());
-    connect(itsMenuItemInformation, &QAction::toggled, this, [](bool shown) {
+    // Kept as the user leaves it: by the menu item, Ctrl+I or the dock's close button, not by
+    // the window going away at the end, which hides the dock with it.
+    connect(itsMenuItemInformation, &QAction::toggled, this, [window](bool shown) {
+        if (!window->isVisible())
+            return;
         QSettings store = viewerSettings();
         store.setValue(kInformationShownKey, shown);
     });

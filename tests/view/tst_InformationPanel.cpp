@@ -1,6 +1,7 @@
 // View > Information in the real main window: the menu item and Ctrl+I, the panel following the
 // arrow keys, the map link, and the panel's state kept for the next start.
 #include "app/Controller.h"
+#include "app/PrefDrawer.h"
 #include "view/CameraPictures.h"
 #include "view/InformationPanel.h"
 #include "view/wmfImageView.h"
@@ -209,10 +210,14 @@ void tst_InformationPanel::mapLinkOpensTheBrowser() {
 }
 
 void tst_InformationPanel::hidingKeepsTheFittedView() {
+    // The preferences drawer slides open at start: the view's size is settled once it is open.
+    QTRY_COMPARE(controller->itsPrefDrawer->state(), PrefDrawer::Open);
+    QTest::qWait(50);
     const QSize alone = view().size();
     const QRectF fitted = view().zoomState().isFitted() ? QRectF(QPointF(), alone) : QRectF();
     showPanel();
     QTRY_VERIFY(view().width() < alone.width()); // the panel takes room beside the picture
+    QVERIFY(dock().width() >= 240); // room for its rows
     controller->itsMenuItemInformation->trigger();
     QTRY_COMPARE(view().size(), alone);
     QVERIFY(view().zoomState().isFitted());

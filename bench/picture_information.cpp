@@ -52,8 +52,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: bench_picture_information FILE...\n");
         return 2;
     }
-    std::printf("%-28s %10s %12s %12s %12s %12s\n", "file", "megapixels", "info wall",
-                "info cpu", "decode wall", "decode cpu");
+    std::printf("%-28s %10s %12s %12s %12s %12s\n", "file", "megapixels", "info wall", "info cpu",
+                "decode wall", "decode cpu");
     for (const QString& file : files) {
         const PictureInformation info = readPictureInformation(file);
         const Timing read = median(9, [&] { (void)readPictureInformation(file); });

@@ -69,8 +69,8 @@ std::optional<double> positive(std::optional<double> value) {
 }
 
 // Degrees, minutes and seconds, signed by the reference ("S" and "W" are negative).
-std::optional<double> coordinateOf(const Exiv2::ExifData& exif, const char* key,
-                                   const char* refKey, double limit) {
+std::optional<double> coordinateOf(const Exiv2::ExifData& exif, const char* key, const char* refKey,
+                                   double limit) {
     const std::optional<double> degrees = numberOf(exif, key, 0);
     if (!degrees)
         return std::nullopt;
@@ -84,10 +84,10 @@ std::optional<double> coordinateOf(const Exiv2::ExifData& exif, const char* key,
 }
 
 std::optional<GpsPosition> gpsOf(const Exiv2::ExifData& exif) {
-    const auto latitude = coordinateOf(exif, "Exif.GPSInfo.GPSLatitude",
-                                       "Exif.GPSInfo.GPSLatitudeRef", 90.0);
-    const auto longitude = coordinateOf(exif, "Exif.GPSInfo.GPSLongitude",
-                                        "Exif.GPSInfo.GPSLongitudeRef", 180.0);
+    const auto latitude =
+        coordinateOf(exif, "Exif.GPSInfo.GPSLatitude", "Exif.GPSInfo.GPSLatitudeRef", 90.0);
+    const auto longitude =
+        coordinateOf(exif, "Exif.GPSInfo.GPSLongitude", "Exif.GPSInfo.GPSLongitudeRef", 180.0);
     if (!latitude || !longitude)
         return std::nullopt;
     return GpsPosition{*latitude, *longitude};
@@ -170,7 +170,7 @@ std::optional<Dpi> dpiOf(const Exiv2::ExifData& exif) {
         return std::nullopt;
     const QString unit = textOf(exif, "Exif.Image.ResolutionUnit");
     if (unit == QLatin1String("1"))
-        return std::nullopt; // an aspect ratio only
+        return std::nullopt;                                        // an aspect ratio only
     const double perInch = unit == QLatin1String("3") ? 2.54 : 1.0; // centimetres
     return Dpi{*x * perInch, *y * perInch};
 }

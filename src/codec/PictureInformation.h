@@ -41,9 +41,9 @@ struct PictureInformation {
     bool exists = false; // false: the file is gone (or is no regular file); nothing else is set
     QString fileName;
     qint64 fileBytes = 0;
-    QString format;         // "JPEG", "PNG", "HEIC", ...; empty when no reader recognises it
-    QSize pixels;           // upright (EXIF orientation applied); empty when the header won't say
-    std::optional<Dpi> dpi; // when the file records a resolution
+    QString format;          // "JPEG", "PNG", "HEIC", ...; empty when no reader recognises it
+    QSize pixels;            // upright (EXIF orientation applied); empty when the header won't say
+    std::optional<Dpi> dpi;  // when the file records a resolution
     bool hasProfile = false; // the file embeds an ICC profile
     QString colourProfile;   // its description; empty when there is none or Qt cannot read it
     CameraData camera;

@@ -66,7 +66,8 @@ QString InformationText::focalLength(double mm, std::optional<int> film35mm,
 
 QString InformationText::position(const GpsPosition& gps, const QLocale& locale) {
     return tr("%1 %2, %3 %4")
-        .arg(degrees(gps.latitude, locale), gps.latitude < 0 ? QStringLiteral("S") : QStringLiteral("N"),
+        .arg(degrees(gps.latitude, locale),
+             gps.latitude < 0 ? QStringLiteral("S") : QStringLiteral("N"),
              degrees(gps.longitude, locale),
              gps.longitude < 0 ? QStringLiteral("W") : QStringLiteral("E"));
 }

@@ -27,7 +27,8 @@ public:
     static QList<InformationRow> rows(const QString& path, const PictureInformation& information,
                                       QSize shownPixels, const QLocale& locale = QLocale());
 
-    static QString fileSize(qint64 bytes, const QLocale& locale = QLocale()); // "3.2 MB (3,214,567 bytes)"
+    static QString fileSize(qint64 bytes,
+                            const QLocale& locale = QLocale()); // "3.2 MB (3,214,567 bytes)"
     static QString pixelSize(QSize pixels, const QLocale& locale = QLocale());
     static QString resolution(const Dpi& dpi, const QLocale& locale = QLocale());
     static QString exposure(double seconds, const QLocale& locale = QLocale()); // "1/250 s"

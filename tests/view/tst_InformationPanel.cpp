@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMimeData>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -38,6 +39,8 @@ private slots:
     void showsTheCameraData();
     void followsTheArrowKeys();
     void followsAnOpenedFile();
+    void followsADrop();
+    void showsAFileThatWentAway();
     void hiddenPanelCatchesUpWhenShown();
     void mapLinkOpensTheBrowser();
     void hidingKeepsTheFittedView();
@@ -181,6 +184,31 @@ void tst_InformationPanel::followsAnOpenedFile() {
     QVERIFY(panel().valueOf("Pixels").startsWith(QStringLiteral("90 × 60")));
 }
 
+void tst_InformationPanel::followsADrop() {
+    showPanel();
+    QTRY_COMPARE(panel().shownPath(), pathOf("a.jpg"));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(pathOf("b.png"))});
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&view(), &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&view(), &drop);
+    QTRY_COMPARE(panel().shownPath(), pathOf("b.png"));
+    QCOMPARE(panel().valueOf("Format"), QStringLiteral("PNG"));
+}
+
+void tst_InformationPanel::showsAFileThatWentAway() {
+    // The picture stays on screen after its file is removed by another program; the panel,
+    // shown afterwards, says so instead of showing stale or no rows.
+    QVERIFY(QFile::remove(pathOf("a.jpg")));
+    showPanel();
+    QTRY_COMPARE(panel().shownPath(), pathOf("a.jpg"));
+    QCOMPARE(panel().valueOf("Name"), QStringLiteral("a.jpg"));
+    QCOMPARE(panel().valueOf("File"), QStringLiteral("The file cannot be found."));
+    QVERIFY(panel().valueOf("Make").isEmpty());
+}
+
 void tst_InformationPanel::hiddenPanelCatchesUpWhenShown() {
     QTest::keyClick(&view(), Qt::Key_Right);
     QTest::keyClick(&view(), Qt::Key_Right);
@@ -217,7 +245,7 @@ void tst_InformationPanel::hidingKeepsTheFittedView() {
     const QRectF fitted = view().zoomState().isFitted() ? QRectF(QPointF(), alone) : QRectF();
     showPanel();
     QTRY_VERIFY(view().width() < alone.width()); // the panel takes room beside the picture
-    QVERIFY(dock().width() >= 240); // room for its rows
+    QVERIFY(dock().width() >= 240);              // room for its rows
     controller->itsMenuItemInformation->trigger();
     QTRY_COMPARE(view().size(), alone);
     QVERIFY(view().zoomState().isFitted());

@@ -3,64 +3,23 @@
 // the view's paint with and without its scaled copy, and of QPainter drawing the full picture
 // directly with the same transform.
 
+#include "FrameTiming.h"
 #include "app/Controller.h"
 #include "view/RotationGeometry.h"
 #include "view/wmfImageView.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QImage>
 #include <QPainter>
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
-#include <vector>
 
 // Reaches the view's private switch of the scaled copy.
 class RedrawBenchmark {
 public:
     static void setScaledCopy(wmfImageView& view, bool on) { view.displayCacheEnabled = on; }
 };
-
-namespace {
-
-QImage syntheticPhoto(int w, int h) {
-    // Smooth gradients with fine stripes: a picture with detail that a scaler has to average.
-    QImage image(w, h, QImage::Format_ARGB32_Premultiplied);
-    for (int y = 0; y < h; ++y) {
-        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
-        for (int x = 0; x < w; ++x)
-            line[x] = qRgb((x * 255) / w, (y * 255) / h, ((x ^ y) & 8) ? 220 : 40);
-    }
-    return image;
-}
-
-struct Figures {
-    double first = 0;  // ms, the first frame (builds whatever is cached)
-    double median = 0; // ms per frame afterwards
-    int frames = 0;
-};
-
-Figures measure(int frames, const std::function<void(int)>& frame) {
-    QElapsedTimer timer;
-    timer.start();
-    frame(1);
-    Figures f;
-    f.first = timer.nsecsElapsed() / 1e6;
-    std::vector<double> times;
-    for (int i = 0; i < frames; ++i) {
-        timer.restart();
-        frame(2 + i * 7); // a new angle on every frame, as while dragging the slider
-        times.push_back(timer.nsecsElapsed() / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    f.median = times[times.size() / 2];
-    f.frames = frames;
-    return f;
-}
-
-} // namespace
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM",
@@ -70,19 +29,22 @@ int main(int argc, char** argv) {
     const int slowFrames = std::max(5, fastFrames / 6);
 
     Controller controller;
-    controller.itsCGImage = syntheticPhoto(6000, 4000);
+    controller.itsCGImage = bench::syntheticPhoto(6000, 4000);
     controller.itsImgBounds = Rect{0, 0, 4000, 6000};
     wmfImageView view;
     view.resize(850, 600);
     view.mainController = &controller;
     QImage canvas(view.size(), QImage::Format_ARGB32_Premultiplied);
 
-    auto viewFrame = [&](int angle) {
-        controller.m_rotate = angle;
+    // A new angle on every frame, as while dragging the slider.
+    auto angleOf = [](int frame) { return 1 + frame * 7; };
+    auto viewFrame = [&](int frame) {
+        controller.m_rotate = angleOf(frame);
         canvas.fill(Qt::gray);
         view.render(&canvas, QPoint(), QRegion(), QWidget::RenderFlags());
     };
-    auto directFrame = [&](int angle) {
+    auto directFrame = [&](int frame) {
+        const int angle = angleOf(frame);
         canvas.fill(Qt::gray);
         QPainter painter(&canvas);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
@@ -93,19 +55,19 @@ int main(int argc, char** argv) {
     };
 
     RedrawBenchmark::setScaledCopy(view, true);
-    const Figures cached = measure(fastFrames, viewFrame);
+    const bench::FrameFigures cached = bench::measureFrames(fastFrames, viewFrame);
     controller.m_Monochrome = true;
-    const Figures grey = measure(fastFrames, viewFrame);
+    const bench::FrameFigures grey = bench::measureFrames(fastFrames, viewFrame);
     controller.m_Monochrome = false;
     RedrawBenchmark::setScaledCopy(view, false);
-    const Figures uncached = measure(slowFrames, viewFrame);
-    const Figures direct = measure(slowFrames, directFrame);
+    const bench::FrameFigures uncached = bench::measureFrames(slowFrames, viewFrame);
+    const bench::FrameFigures direct = bench::measureFrames(slowFrames, directFrame);
 
     std::printf("redraw of a 6000 x 4000 picture (24 Mpx) in an 850 x 600 view, angle changing "
                 "every frame\n");
     std::printf("%-44s %8s %12s %14s %10s\n", "job", "frames", "first (ms)", "median (ms)",
                 "ratio");
-    auto row = [&](const char* job, const Figures& f) {
+    auto row = [&](const char* job, const bench::FrameFigures& f) {
         std::printf("%-44s %8d %12.2f %14.2f %9.1fx\n", job, f.frames, f.first, f.median,
                     direct.median / f.median);
     };

@@ -3,57 +3,19 @@
 // 100 % turned by 30 degrees. Prints the median time per frame of the view's paint beside
 // QPainter drawing the whole picture with the same transform on every frame.
 
+#include "FrameTiming.h"
 #include "app/Controller.h"
 #include "view/wmfImageView.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QImage>
 #include <QPainter>
 #include <QWheelEvent>
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
-#include <vector>
 
 namespace {
-
-QImage syntheticPhoto(int w, int h) {
-    QImage image(w, h, QImage::Format_ARGB32_Premultiplied);
-    for (int y = 0; y < h; ++y) {
-        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
-        for (int x = 0; x < w; ++x)
-            line[x] = qRgb((x * 255) / w, (y * 255) / h, ((x ^ y) & 8) ? 220 : 40);
-    }
-    return image;
-}
-
-struct Figures {
-    double first = 0;
-    double median = 0;
-    double worst = 0;
-    int frames = 0;
-};
-
-Figures measure(int frames, const std::function<void(int)>& frame) {
-    QElapsedTimer timer;
-    timer.start();
-    frame(0);
-    Figures f;
-    f.first = timer.nsecsElapsed() / 1e6;
-    std::vector<double> times;
-    for (int i = 1; i <= frames; ++i) {
-        timer.restart();
-        frame(i);
-        times.push_back(timer.nsecsElapsed() / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    f.median = times[times.size() / 2];
-    f.worst = times.back();
-    f.frames = frames;
-    return f;
-}
 
 void wheel(wmfImageView& view, const QPointF& at, int notches, Qt::KeyboardModifiers mods) {
     QWheelEvent event(at, at, QPoint(), QPoint(0, notches * 120), Qt::NoButton, mods,
@@ -70,7 +32,7 @@ int main(int argc, char** argv) {
     const int frames = argc > 1 ? std::max(10, atoi(argv[1])) : 120;
 
     Controller controller;
-    controller.itsCGImage = syntheticPhoto(6000, 4000);
+    controller.itsCGImage = bench::syntheticPhoto(6000, 4000);
     controller.itsImgBounds = Rect{0, 0, 4000, 6000};
     wmfImageView view;
     view.resize(850, 600);
@@ -108,28 +70,28 @@ int main(int argc, char** argv) {
     std::printf("zooming and panning a 6000 x 4000 picture (24 Mpx) in an 850 x 600 view\n");
     std::printf("%-52s %7s %11s %12s %10s\n", "job", "frames", "first (ms)", "median (ms)",
                 "worst (ms)");
-    auto row = [](const char* job, const Figures& f) {
+    auto row = [](const char* job, const bench::FrameFigures& f) {
         std::printf("%-52s %7d %11.2f %12.2f %10.2f\n", job, f.frames, f.first, f.median, f.worst);
     };
 
-    row("Ormidon: Ctrl+wheel fit -> 3200 % -> fit", measure(frames, zoomFrame));
+    row("Ormidon: Ctrl+wheel fit -> 3200 % -> fit", bench::measureFrames(frames, zoomFrame));
     view.zoomToActualSize();
-    row("Ormidon: wheel scroll at 100 %", measure(frames, panFrame));
+    row("Ormidon: wheel scroll at 100 %", bench::measureFrames(frames, panFrame));
     row("QPainter, whole picture, same transform, 100 %",
-        measure(std::max(10, frames / 6), directFrame));
+        bench::measureFrames(std::max(10, frames / 6), directFrame));
     view.zoomToFit();
     view.zoomIn();
     view.zoomIn(); // from 14 % to 20 %: drawn from the quarter-size copy
-    row("Ormidon: wheel scroll at 20 % (reduced copy)", measure(frames, panFrame));
+    row("Ormidon: wheel scroll at 20 % (reduced copy)", bench::measureFrames(frames, panFrame));
     row("QPainter, whole picture, same transform, 20 %",
-        measure(std::max(10, frames / 6), directFrame));
+        bench::measureFrames(std::max(10, frames / 6), directFrame));
     controller.m_rotate = 30;
     view.zoomToActualSize();
-    row("Ormidon: wheel scroll at 100 %, turned 30 degrees", measure(frames, panFrame));
+    row("Ormidon: wheel scroll at 100 %, turned 30 degrees", bench::measureFrames(frames, panFrame));
     row("QPainter, whole picture, same transform, 30 deg",
-        measure(std::max(10, frames / 6), directFrame));
+        bench::measureFrames(std::max(10, frames / 6), directFrame));
     controller.m_Monochrome = true;
-    row("Ormidon: wheel scroll at 100 %, turned, grey tones", measure(frames, panFrame));
+    row("Ormidon: wheel scroll at 100 %, turned, grey tones", bench::measureFrames(frames, panFrame));
     std::printf("frame budget 16 ms; the first frame of a zoom below 50 %% makes the reduced "
                 "copies once per picture\n");
     return 0;

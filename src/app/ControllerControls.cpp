@@ -3,6 +3,7 @@
 #include "app/Controller.h"
 #include "app/PrefDrawer.h"
 #include "app/TextNumbers.h"
+#include "browse/FolderIndex.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -30,10 +31,10 @@ void Controller::smthChanged(QObject* sender) {
         convert(this);
         break;
     case 101:
-        selectWMF(101);
+        selectWMF(kStepPrevious);
         break;
     case 102:
-        selectWMF(102);
+        selectWMF(kStepNext);
         break;
     default:
         break;

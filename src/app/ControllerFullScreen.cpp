@@ -1,7 +1,7 @@
 // View > Full Screen and View > Slideshow, and the drawer's seconds per slide.
 #include "app/Controller.h"
 #include "app/FullScreenWindow.h"
-#include "app/ViewerSettings.h"
+#include "app/SettingsFiles.h"
 #include "view/wmfImageView.h"
 
 #include <QAction>

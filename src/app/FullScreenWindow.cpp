@@ -1,6 +1,7 @@
 #include "app/FullScreenWindow.h"
 
 #include "app/Controller.h"
+#include "browse/FolderIndex.h"
 #include "view/wmfImageView.h"
 
 #include <QCloseEvent>
@@ -11,7 +12,6 @@
 
 namespace {
 
-constexpr int32_t kNextImage = 102;
 
 } // namespace
 
@@ -55,7 +55,7 @@ void FullScreenWindow::showNextSlide() {
         return;
     QString path = controller->itsSrcFileName->text();
     // On from the last picture to the first: a slideshow goes round until it is stopped.
-    if (controller->findWMF(kNextImage, path) || controller->findFirstWMF(path))
+    if (controller->findWMF(kStepNext, path) || controller->findFirstWMF(path))
         controller->setSourceFileName(path, false);
 }
 

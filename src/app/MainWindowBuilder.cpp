@@ -179,7 +179,7 @@ void Controller::loadMainWindow() {
     form->addRow(itsStripMetadata);
     itsSlideSeconds = named(new QSpinBox(drawer), "itsSlideSeconds");
     itsSlideSeconds->setRange(1, 3600);
-    itsSlideSeconds->setValue(4);
+    // Its value comes from the viewer settings when the View menu is built.
     itsSlideSeconds->setSuffix(tr(" s per picture"));
     form->addRow(tr("Slideshow:"), itsSlideSeconds);
     drawer->setMinimumWidth(0);

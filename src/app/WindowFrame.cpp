@@ -1,29 +1,24 @@
 #include "app/WindowFrame.h"
 
+#include "app/SettingsFiles.h"
+
 #include <QGuiApplication>
 #include <QScreen>
-#include <QSettings>
-#include <QStandardPaths>
 #include <QWidget>
 
 namespace {
-
-QSettings frameStore() {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    return QSettings(folder + "/Ormidon/frames.ini", QSettings::IniFormat);
-}
 
 QString frameKey(const QString& name) { return "NSWindow Frame " + name; }
 
 } // namespace
 
 bool restoreWindowFrame(QWidget* window, const QString& name) {
-    const QByteArray geometry = frameStore().value(frameKey(name)).toByteArray();
+    const QByteArray geometry = frameSettings().value(frameKey(name)).toByteArray();
     return !geometry.isEmpty() && window->restoreGeometry(geometry);
 }
 
 void saveWindowFrame(const QWidget* window, const QString& name) {
-    QSettings store = frameStore();
+    QSettings store = frameSettings();
     store.setValue(frameKey(name), window->saveGeometry());
     store.sync();
 }

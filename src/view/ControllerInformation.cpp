@@ -1,6 +1,6 @@
 // View > Information: the side panel with the current picture's file, format and camera data.
 #include "app/Controller.h"
-#include "app/ViewerSettings.h"
+#include "app/SettingsFiles.h"
 #include "view/InformationPanel.h"
 #include "view/wmfImageView.h"
 

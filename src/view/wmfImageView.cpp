@@ -2,6 +2,7 @@
 
 #include "app/Controller.h"
 #include "app/GuiThread.h"
+#include "browse/FolderIndex.h"
 #include "export/DocumentExport.h"
 #include "view/CropMarker.h"
 #include "view/GreyTone.h"
@@ -25,8 +26,6 @@
 
 namespace {
 
-constexpr int32_t kPreviousImage = 101;
-constexpr int32_t kNextImage = 102;
 
 // A picture is drawn from a scaled copy when it would be shown at less than half its size at
 // every angle: drawing 24 megapixels through a turned transform on every frame of a slider
@@ -319,11 +318,11 @@ void wmfImageView::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
     case Qt::Key_Left:
     case Qt::Key_Up:
-        step = kPreviousImage;
+        step = kStepPrevious;
         break;
     case Qt::Key_Right:
     case Qt::Key_Down:
-        step = kNextImage;
+        step = kStepNext;
         break;
     default:
         if (handleSpaceKey(event, true))

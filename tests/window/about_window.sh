@@ -57,9 +57,8 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+mkdir -p "$pictures"
 convert -size 300x200 xc:orange "$pictures/c.png"
 
 xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$app" "$shots" inside || {

@@ -145,9 +145,9 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures dest=$work/home/Desktop
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM LANGUAGE
+fresh_home
+mkdir -p "$pictures"
+unset LANGUAGE
 export LANG=C.UTF-8 LC_ALL=C.UTF-8
 export ORMIDON_WIDGET_DIALOGS=1 # a bare X server has no desktop to show its own dialogs
 convert -size 800x200 "xc:$magenta" "$pictures/a.png"

@@ -103,9 +103,8 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+mkdir -p "$pictures"
 export LANG=C.UTF-8 LC_ALL=C.UTF-8 LANGUAGE=
 convert -size 1200x800 gradient:orange-navy "$pictures/camera.jpg"
 exiv2 -k \

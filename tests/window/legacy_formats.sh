@@ -58,9 +58,8 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures out=$work/out
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME/Library/Preferences" "$XDG_RUNTIME_DIR" "$pictures" "$out" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+mkdir -p "$pictures" "$out"
 convert -size 320x240 gradient:red-blue -fill yellow -draw "circle 160,120 160,60" "$pictures/a.png"
 echo "{ expformat = \"qtif\"; dstLocation = \"$out\"; }" > "$HOME/Library/Preferences/zel.pref"
 

@@ -60,9 +60,8 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME/Library/Preferences" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+mkdir -p "$pictures"
 echo '{ fillList = 1; }' > "$HOME/Library/Preferences/zel.pref"
 convert -size 640x480 "xc:rgb(200,30,30)" "$work/red.jpg"
 convert -size 480x640 "xc:rgb(30,160,60)" "$work/green.jpg"

@@ -174,9 +174,8 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures large=$work/large
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" "$large" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+mkdir -p "$pictures" "$large"
 export ORMIDON_WIDGET_DIALOGS=1 # a bare X server has no desktop to show its own dialogs
 convert -size 640x480 gradient:red-blue "$pictures/a.png"
 convert -size 480x640 gradient:yellow-green "$pictures/b.png"

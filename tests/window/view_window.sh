@@ -128,9 +128,8 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export work pictures=$work/pictures
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+mkdir -p "$pictures"
 convert -size 2x2 xc:black -fill white -draw 'point 1,0' -draw 'point 0,1' "$work/tile.png"
 convert -size 2400x1800 tile:"$work/tile.png" -type Grayscale "$pictures/board.png"
 

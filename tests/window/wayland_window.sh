@@ -8,6 +8,7 @@
 set -euo pipefail
 app=${1:?path to the ormidon binary}
 shots=${2:-$PWD}
+source "$(dirname "$0")/x_helpers.sh" # fresh_home; fail is redefined below to show the log
 
 fail() { echo "FAIL: $*"; [ -f "$work/app.log" ] && { echo "--- program output"; tail -n 20 "$work/app.log"; }; exit 1; }
 
@@ -19,9 +20,9 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$work/pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset DISPLAY XDG_DESKTOP_DIR DESKTOP_STARTUP_ID XDG_ACTIVATION_TOKEN
+fresh_home
+mkdir -p "$work/pictures"
+unset DISPLAY
 magenta="rgb(230,30,200)"
 convert -size 800x200 "xc:$magenta" "$work/pictures/a.png"
 convert -size 200x800 "xc:$magenta" "$work/pictures/c.png"

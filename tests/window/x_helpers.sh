@@ -17,3 +17,11 @@ expect_exit() { # after Ctrl+Q: the program (pid $1) ends within ten seconds, wi
   kill -0 "$pid" 2>/dev/null && fail "ctrl+q did not quit${run:+ the $run}"
   wait "$pid" || fail "${run:-the program} ended with status $?"
 }
+
+fresh_home() { # the program gets a home of its own under $work: config, cache and runtime folders
+  export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_CACHE_HOME=$work/home/.cache
+  export XDG_RUNTIME_DIR=$work/run
+  mkdir -p "$HOME/Library/Preferences" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR"
+  chmod 700 "$XDG_RUNTIME_DIR"
+  unset XDG_DESKTOP_DIR QT_QPA_PLATFORM DESKTOP_STARTUP_ID XDG_ACTIVATION_TOKEN
+}

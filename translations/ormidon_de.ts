@@ -581,6 +581,14 @@
         <source>The file is unchanged.</source>
         <translation>Die Datei ist unverändert.</translation>
     </message>
+    <message>
+        <source>Information</source>
+        <translation>Informationen</translation>
+    </message>
+    <message>
+        <source>&amp;Information</source>
+        <translation>&amp;Informationen</translation>
+    </message>
 </context>
 <context>
     <name>HelpWindow</name>
@@ -603,6 +611,148 @@
     <message>
         <source>Ormidon Help: %1</source>
         <translation>Ormidon-Hilfe: %1</translation>
+    </message>
+</context>
+<context>
+    <name>InformationPanel</name>
+    <message>
+        <source>No picture</source>
+        <translation>Kein Bild</translation>
+    </message>
+    <message>
+        <source>Open the place on a map in the web browser</source>
+        <translation>Den Ort im Webbrowser auf einer Karte zeigen</translation>
+    </message>
+    <message>
+        <source>%1:</source>
+        <translation>%1:</translation>
+    </message>
+</context>
+<context>
+    <name>InformationText</name>
+    <message>
+        <source>%1 bytes</source>
+        <translation>%1 Byte</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+    <message>
+        <source>%1 × %2 pixels</source>
+        <translation>%1 × %2 Pixel</translation>
+    </message>
+    <message>
+        <source>%1 (%2 megapixels)</source>
+        <translation>%1 (%2 Megapixel)</translation>
+    </message>
+    <message>
+        <source>%1 dpi</source>
+        <translation>%1 dpi</translation>
+    </message>
+    <message>
+        <source>%1 × %2 dpi</source>
+        <translation>%1 × %2 dpi</translation>
+    </message>
+    <message>
+        <source>1/%1 s</source>
+        <translation>1/%1 s</translation>
+    </message>
+    <message>
+        <source>%1 s</source>
+        <translation>%1 s</translation>
+    </message>
+    <message>
+        <source>%1 mm</source>
+        <translation>%1 mm</translation>
+    </message>
+    <message>
+        <source>%1 (%2 mm in 35 mm film)</source>
+        <translation>%1 (%2 mm Kleinbild)</translation>
+    </message>
+    <message>
+        <source>%1 %2, %3 %4</source>
+        <translation>%1 %2, %3 %4</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>The file cannot be found.</source>
+        <translation>Die Datei ist nicht zu finden.</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>Größe</translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>Pixels</source>
+        <translation>Pixel</translation>
+    </message>
+    <message>
+        <source>Resolution</source>
+        <translation>Auflösung</translation>
+    </message>
+    <message>
+        <source>Colour profile</source>
+        <translation>Farbprofil</translation>
+    </message>
+    <message>
+        <source>embedded, not readable here</source>
+        <translation>eingebettet, hier nicht lesbar</translation>
+    </message>
+    <message>
+        <source>sRGB (assumed)</source>
+        <translation>sRGB (angenommen)</translation>
+    </message>
+    <message>
+        <source>Make</source>
+        <translation>Hersteller</translation>
+    </message>
+    <message>
+        <source>Model</source>
+        <translation>Modell</translation>
+    </message>
+    <message>
+        <source>Lens</source>
+        <translation>Objektiv</translation>
+    </message>
+    <message>
+        <source>Exposure</source>
+        <translation>Belichtungszeit</translation>
+    </message>
+    <message>
+        <source>Aperture</source>
+        <translation>Blende</translation>
+    </message>
+    <message>
+        <source>ISO</source>
+        <translation>ISO</translation>
+    </message>
+    <message>
+        <source>Focal length</source>
+        <translation>Brennweite</translation>
+    </message>
+    <message>
+        <source>%1 mm in 35 mm film</source>
+        <translation>%1 mm Kleinbild</translation>
+    </message>
+    <message>
+        <source>Date taken</source>
+        <translation>Aufnahmedatum</translation>
+    </message>
+    <message>
+        <source>Location</source>
+        <translation>Aufnahmeort</translation>
     </message>
 </context>
 <context>

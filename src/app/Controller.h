@@ -24,6 +24,7 @@
 class QAction;
 class QCheckBox;
 class QComboBox;
+class QDockWidget;
 class QFileDialog;
 class QLabel;
 class QMenu;
@@ -43,6 +44,7 @@ class QWidget;
 
 class GuiInboxBase;
 class FullScreenWindow;
+class InformationPanel;
 class PrefDrawer;
 class QSpinBox;
 class wmfImageView;
@@ -118,6 +120,10 @@ public:
     QPointer<QAction> itsMenuItemFlipHorizontal;
     QPointer<QAction> itsMenuItemFlipVertical;
     bool jpegTurnsConfirmed = false; // the user agreed to JPEG files being rewritten, this session
+    // Information: the View menu's item and the side panel it shows.
+    QPointer<QAction> itsMenuItemInformation;
+    QPointer<QDockWidget> itsInformationDock;
+    QPointer<InformationPanel> itsInformationPanel;
 
     // ---------------------------------------------------------------- app/: start-up, shutdown
     void loadMainWindow(); // builds the window and its controls, then awakeFromNib()
@@ -202,6 +208,9 @@ public:
     void decodeAround(const QString& path);
     DecodeAhead* decodeAheadCache() const { return decodeAhead.get(); } // null before any step
     bool decodeAheadEnabled = true; // off: every step decodes its picture itself
+    // ---------------------------------------------------------------- view/: information panel
+    void addInformationItem(QMenu* viewMenu); // View > Information (Ctrl+I) and its dock
+    void showInformation();                   // the panel follows the picture shown
 
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;

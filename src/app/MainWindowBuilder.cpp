@@ -215,6 +215,8 @@ void Controller::loadMainWindow() {
     addZoomItems(viewMenu);
     viewMenu->addSeparator();
     addFullScreenItems(viewMenu);
+    viewMenu->addSeparator();
+    addInformationItem(viewMenu);
     addImageMenu(window->menuBar());
 
     QMenu* helpMenu = window->menuBar()->addMenu(tr("&Help"));

@@ -388,6 +388,118 @@
         <source>Undo Move to Trash</source>
         <translation>Rückgängig: In den Papierkorb verschieben</translation>
     </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>the last %1 pixel columns and %2 pixel rows</source>
+        <translation>die letzten %1 Pixelspalten und %2 Pixelzeilen</translation>
+    </message>
+    <message>
+        <source>the last pixel column</source>
+        <translation>die letzte Pixelspalte</translation>
+    </message>
+    <message>
+        <source>the last %1 pixel columns</source>
+        <translation>die letzten %1 Pixelspalten</translation>
+    </message>
+    <message>
+        <source>the last pixel row</source>
+        <translation>die letzte Pixelzeile</translation>
+    </message>
+    <message>
+        <source>the last %1 pixel rows</source>
+        <translation>die letzten %1 Pixelzeilen</translation>
+    </message>
+    <message>
+        <source>The file or its folder cannot be written.</source>
+        <translation>Die Datei oder ihr Ordner ist schreibgeschützt.</translation>
+    </message>
+    <message>
+        <source>The new file could not be written (is the disk full?).</source>
+        <translation>Die neue Datei konnte nicht geschrieben werden (ist der Datenträger voll?).</translation>
+    </message>
+    <message>
+        <source>The picture is larger than Ormidon can handle.</source>
+        <translation>Das Bild ist größer, als Ormidon verarbeiten kann.</translation>
+    </message>
+    <message>
+        <source>The file cannot be read.</source>
+        <translation>Die Datei kann nicht gelesen werden.</translation>
+    </message>
+    <message>
+        <source>The file is damaged or is not a JPEG that can be turned losslessly.</source>
+        <translation>Die Datei ist beschädigt oder kein JPEG, das sich verlustfrei drehen lässt.</translation>
+    </message>
+    <message>
+        <source>&amp;Image</source>
+        <translation>&amp;Bild</translation>
+    </message>
+    <message>
+        <source>Rotate &amp;Left</source>
+        <translation>Nach &amp;links drehen</translation>
+    </message>
+    <message>
+        <source>Rotate &amp;Right</source>
+        <translation>Nach &amp;rechts drehen</translation>
+    </message>
+    <message>
+        <source>Flip &amp;Horizontal</source>
+        <translation>&amp;Horizontal spiegeln</translation>
+    </message>
+    <message>
+        <source>Flip &amp;Vertical</source>
+        <translation>&amp;Vertikal spiegeln</translation>
+    </message>
+    <message>
+        <source>Rotate the JPEG file itself? This rewrites the file losslessly.</source>
+        <translation>Die JPEG-Datei selbst drehen? Die Datei wird dabei verlustfrei neu geschrieben.</translation>
+    </message>
+    <message>
+        <source>Flip the JPEG file itself? This rewrites the file losslessly.</source>
+        <translation>Die JPEG-Datei selbst spiegeln? Die Datei wird dabei verlustfrei neu geschrieben.</translation>
+    </message>
+    <message>
+        <source>The picture keeps its full quality and its camera data; the file on disk changes.</source>
+        <translation>Das Bild behält seine volle Qualität und seine Kameradaten; die Datei auf dem Datenträger wird geändert.</translation>
+    </message>
+    <message>
+        <source>Rotate</source>
+        <translation>Drehen</translation>
+    </message>
+    <message>
+        <source>Flip</source>
+        <translation>Spiegeln</translation>
+    </message>
+    <message>
+        <source>This picture cannot be turned losslessly without losing %1.</source>
+        <translation>Dieses Bild lässt sich nicht verlustfrei drehen, ohne %1 zu verlieren.</translation>
+    </message>
+    <message>
+        <source>JPEG stores pictures in blocks of 8 or 16 pixels; the partial blocks at this picture&apos;s edge cannot move to the opposite edge. The rest stays untouched.</source>
+        <translation>JPEG speichert Bilder in Blöcken von 8 oder 16 Pixeln; die angeschnittenen Blöcke am Rand dieses Bildes können nicht an den gegenüberliegenden Rand wandern. Der Rest bleibt unverändert.</translation>
+    </message>
+    <message>
+        <source>Trim and Turn</source>
+        <translation>Beschneiden und drehen</translation>
+    </message>
+    <message>
+        <source>“%1” was not turned.</source>
+        <translation>„%1“ wurde nicht gedreht.</translation>
+    </message>
+    <message>
+        <source>The file is unchanged.</source>
+        <translation>Die Datei ist unverändert.</translation>
+    </message>
+    <message>
+        <source>Information</source>
+        <translation>Informationen</translation>
+    </message>
+    <message>
+        <source>&amp;Information</source>
+        <translation>&amp;Informationen</translation>
+    </message>
 </context>
 <context>
     <name>FileRename</name>
@@ -476,118 +588,6 @@
     <message>
         <source>something else is now named so in “%1”</source>
         <translation>in „%1“ heißt jetzt etwas anderes so</translation>
-    </message>
-    <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
-        <source>&amp;Image</source>
-        <translation>&amp;Bild</translation>
-    </message>
-    <message>
-        <source>Rotate &amp;Left</source>
-        <translation>Nach &amp;links drehen</translation>
-    </message>
-    <message>
-        <source>Rotate &amp;Right</source>
-        <translation>Nach &amp;rechts drehen</translation>
-    </message>
-    <message>
-        <source>Flip &amp;Horizontal</source>
-        <translation>&amp;Horizontal spiegeln</translation>
-    </message>
-    <message>
-        <source>Flip &amp;Vertical</source>
-        <translation>&amp;Vertikal spiegeln</translation>
-    </message>
-    <message>
-        <source>Rotate the JPEG file itself? This rewrites the file losslessly.</source>
-        <translation>Die JPEG-Datei selbst drehen? Die Datei wird dabei verlustfrei neu geschrieben.</translation>
-    </message>
-    <message>
-        <source>Flip the JPEG file itself? This rewrites the file losslessly.</source>
-        <translation>Die JPEG-Datei selbst spiegeln? Die Datei wird dabei verlustfrei neu geschrieben.</translation>
-    </message>
-    <message>
-        <source>The picture keeps its full quality and its camera data; the file on disk changes.</source>
-        <translation>Das Bild behält seine volle Qualität und seine Kameradaten; die Datei auf dem Datenträger wird geändert.</translation>
-    </message>
-    <message>
-        <source>Rotate</source>
-        <translation>Drehen</translation>
-    </message>
-    <message>
-        <source>Flip</source>
-        <translation>Spiegeln</translation>
-    </message>
-    <message>
-        <source>the last %1 pixel columns and %2 pixel rows</source>
-        <translation>die letzten %1 Pixelspalten und %2 Pixelzeilen</translation>
-    </message>
-    <message>
-        <source>the last pixel column</source>
-        <translation>die letzte Pixelspalte</translation>
-    </message>
-    <message>
-        <source>the last %1 pixel columns</source>
-        <translation>die letzten %1 Pixelspalten</translation>
-    </message>
-    <message>
-        <source>the last pixel row</source>
-        <translation>die letzte Pixelzeile</translation>
-    </message>
-    <message>
-        <source>the last %1 pixel rows</source>
-        <translation>die letzten %1 Pixelzeilen</translation>
-    </message>
-    <message>
-        <source>This picture cannot be turned losslessly without losing %1.</source>
-        <translation>Dieses Bild lässt sich nicht verlustfrei drehen, ohne %1 zu verlieren.</translation>
-    </message>
-    <message>
-        <source>JPEG stores pictures in blocks of 8 or 16 pixels; the partial blocks at this picture&apos;s edge cannot move to the opposite edge. The rest stays untouched.</source>
-        <translation>JPEG speichert Bilder in Blöcken von 8 oder 16 Pixeln; die angeschnittenen Blöcke am Rand dieses Bildes können nicht an den gegenüberliegenden Rand wandern. Der Rest bleibt unverändert.</translation>
-    </message>
-    <message>
-        <source>Trim and Turn</source>
-        <translation>Beschneiden und drehen</translation>
-    </message>
-    <message>
-        <source>The file or its folder cannot be written.</source>
-        <translation>Die Datei oder ihr Ordner ist schreibgeschützt.</translation>
-    </message>
-    <message>
-        <source>The new file could not be written (is the disk full?).</source>
-        <translation>Die neue Datei konnte nicht geschrieben werden (ist der Datenträger voll?).</translation>
-    </message>
-    <message>
-        <source>The picture is larger than Ormidon can handle.</source>
-        <translation>Das Bild ist größer, als Ormidon verarbeiten kann.</translation>
-    </message>
-    <message>
-        <source>The file cannot be read.</source>
-        <translation>Die Datei kann nicht gelesen werden.</translation>
-    </message>
-    <message>
-        <source>The file is damaged or is not a JPEG that can be turned losslessly.</source>
-        <translation>Die Datei ist beschädigt oder kein JPEG, das sich verlustfrei drehen lässt.</translation>
-    </message>
-    <message>
-        <source>“%1” was not turned.</source>
-        <translation>„%1“ wurde nicht gedreht.</translation>
-    </message>
-    <message>
-        <source>The file is unchanged.</source>
-        <translation>Die Datei ist unverändert.</translation>
-    </message>
-    <message>
-        <source>Information</source>
-        <translation>Informationen</translation>
-    </message>
-    <message>
-        <source>&amp;Information</source>
-        <translation>&amp;Informationen</translation>
     </message>
 </context>
 <context>

@@ -100,7 +100,8 @@ SourceRead readSource(Controller& c, const QString& src) {
         return read;
     try {
         // An output keeps the source's colours and says which they are (see RasterWriters.h).
-        read.decoded = ImageDecoder::decode(src, ImageDecoder::Colours::Source);
+        read.decoded = ImageDecoder::decode(src, ImageDecoder::Colours::Source,
+                                            ImageDecoder::Layout::Encoding);
     } catch (const std::bad_alloc&) {
         read.decoded = DecodedImage{};
     }

@@ -15,8 +15,8 @@
 #include <mutex>
 #include <optional>
 
-#include "codec/DecodeLimits.h"
 #include "codec/ColourProfiles.h"
+#include "codec/DecodeLimits.h"
 #include "codec/DecoderBackends.h"
 #include "codec/ExifThumbnail.h"
 #include "codec/FormatRegistry.h"

@@ -148,8 +148,8 @@ int16_t writeTiff(const QImage& picture, QIODevice& file, float dpi) {
         ok = TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH) &&
              TIFFSetField(tiff, TIFFTAG_XRESOLUTION, double(dpi)) &&
              TIFFSetField(tiff, TIFFTAG_YRESOLUTION, double(dpi));
-    const QByteArray icc = image.colorSpace().isValid() ? image.colorSpace().iccProfile()
-                                                        : QByteArray();
+    const QByteArray icc =
+        image.colorSpace().isValid() ? image.colorSpace().iccProfile() : QByteArray();
     if (ok && !icc.isEmpty())
         ok = TIFFSetField(tiff, TIFFTAG_ICCPROFILE, uint32_t(icc.size()), icc.constData());
     if (!ok)

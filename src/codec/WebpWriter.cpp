@@ -83,17 +83,16 @@ int16_t encodeWebp(const QImage& input, const ModernEncoding& how, QByteArray& o
                                      input.format() == QImage::Format_ARGB32 ||
                                      input.format() == QImage::Format_ARGB32_Premultiplied);
     const bool opaque24 = !alpha && input.format() == QImage::Format_RGB888;
-    const QImage pixels = opaque32 || opaque24
-                              ? input
-                              : input.convertToFormat(alpha ? QImage::Format_ARGB32
-                                                            : QImage::Format_RGB32);
+    const QImage pixels =
+        opaque32 || opaque24
+            ? input
+            : input.convertToFormat(alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     if (pixels.isNull())
         return kOutOfMemory;
     const int stride = int(pixels.bytesPerLine());
-    const int imported =
-        alpha      ? WebPPictureImportBGRA(&picture, pixels.constBits(), stride)
-        : opaque24 ? WebPPictureImportRGB(&picture, pixels.constBits(), stride)
-                   : WebPPictureImportBGRX(&picture, pixels.constBits(), stride);
+    const int imported = alpha      ? WebPPictureImportBGRA(&picture, pixels.constBits(), stride)
+                         : opaque24 ? WebPPictureImportRGB(&picture, pixels.constBits(), stride)
+                                    : WebPPictureImportBGRX(&picture, pixels.constBits(), stride);
     if (!imported)
         return kOutOfMemory;
 

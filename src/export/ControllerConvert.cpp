@@ -146,8 +146,8 @@ ConversionJob startJob(Controller& c, const QString& src, long format, QRectF& b
             return std::tuple<float, int, bool>(resolution, c.getRotation(), strip);
         });
     lastFileAsDecoded = writtenAsDecoded(job.dpi, job.degrees);
-    SourceRead read = batchLanes ? batchLanes->take(src, lane)
-                                 : readSource(c, src, lastFileAsDecoded);
+    SourceRead read =
+        batchLanes ? batchLanes->take(src, lane) : readSource(c, src, lastFileAsDecoded);
     job.decoded = std::move(read.decoded);
     // The source's metadata, only for an output that carries it; read now, before the output
     // path is settled and a Yes may move the source aside.

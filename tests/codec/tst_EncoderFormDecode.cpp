@@ -61,11 +61,11 @@ QByteArray turboJpeg(const QImage& pixels, int pixelFormat, int subsampling) {
     tjhandle handle = tjInitCompress();
     unsigned char* out = nullptr;
     unsigned long size = 0;
-    const int status = tjCompress2(handle, pixels.constBits(), pixels.width(),
-                                   int(pixels.bytesPerLine()), pixels.height(), pixelFormat, &out,
-                                   &size, subsampling, 90, 0);
-    QByteArray bytes = status == 0 ? QByteArray(reinterpret_cast<char*>(out), qsizetype(size))
-                                   : QByteArray();
+    const int status =
+        tjCompress2(handle, pixels.constBits(), pixels.width(), int(pixels.bytesPerLine()),
+                    pixels.height(), pixelFormat, &out, &size, subsampling, 90, 0);
+    QByteArray bytes =
+        status == 0 ? QByteArray(reinterpret_cast<char*>(out), qsizetype(size)) : QByteArray();
     tjFree(out);
     tjDestroy(handle);
     return bytes;
@@ -106,8 +106,7 @@ class TestEncoderFormDecode : public QObject {
     // and colour space, and pixels within one level.
     void compareBothWays(const QString& path, QImage::Format expected) {
         const DecodedImage drawing = ImageDecoder::decode(path, Colours::Source, Layout::Drawing);
-        const DecodedImage encoding =
-            ImageDecoder::decode(path, Colours::Source, Layout::Encoding);
+        const DecodedImage encoding = ImageDecoder::decode(path, Colours::Source, Layout::Encoding);
         QCOMPARE(encoding.ok, drawing.ok);
         if (!drawing.ok)
             return;
@@ -147,8 +146,8 @@ private slots:
     }
     void everyOrientationTurnsTheSame() {
         QFETCH(int, orientation);
-        const QByteArray jpeg = LoadTestImages::withExifOrientation(
-            qtJpeg(photograph(96, 40)), quint16(orientation));
+        const QByteArray jpeg =
+            LoadTestImages::withExifOrientation(qtJpeg(photograph(96, 40)), quint16(orientation));
         const QString path = write(QStringLiteral("turned%1.jpg").arg(orientation), jpeg);
         compareBothWays(path, QImage::Format_RGB888);
         const DecodedImage decoded = ImageDecoder::decode(path, Colours::Source, Layout::Encoding);
@@ -194,8 +193,7 @@ private slots:
         const QString path = write(QStringLiteral("cut.jpg"), whole.left(whole.size() * 3 / 5));
         QVERIFY(TurboJpegDecoder::decode(path).isNull());
         const DecodedImage drawing = ImageDecoder::decode(path, Colours::Source, Layout::Drawing);
-        const DecodedImage encoding =
-            ImageDecoder::decode(path, Colours::Source, Layout::Encoding);
+        const DecodedImage encoding = ImageDecoder::decode(path, Colours::Source, Layout::Encoding);
         QCOMPARE(encoding.ok, drawing.ok);
         if (drawing.ok)
             QCOMPARE(encoding.image, drawing.image);
@@ -207,8 +205,7 @@ private slots:
             bytes[i] = char(0xFF); // markers in the middle of the entropy-coded data
         const QString path = write(QStringLiteral("damaged.jpg"), bytes);
         const DecodedImage drawing = ImageDecoder::decode(path, Colours::Source, Layout::Drawing);
-        const DecodedImage encoding =
-            ImageDecoder::decode(path, Colours::Source, Layout::Encoding);
+        const DecodedImage encoding = ImageDecoder::decode(path, Colours::Source, Layout::Encoding);
         QCOMPARE(encoding.ok, drawing.ok);
         if (drawing.ok)
             QVERIFY(largestDifference(encoding.image, drawing.image) <= 1);

@@ -29,6 +29,7 @@ enum class Encoder {
     Magick, // Magick++, by `coder` as Magick's coder name
     Gif,    // the program's GIF writer (libimagequant and giflib)
     Png,    // the program's PNG writer (libdeflate)
+    Tiff,   // the program's TIFF writer (libtiff)
     Pdf,    // the program's PDF writer
     Eps,    // the program's EPS writer
     Webp,   // libwebp (ModernWriters.h)
@@ -91,7 +92,7 @@ inline constexpr FormatRow kRows[] = {
   {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget, true, true},
   {"PNGf", fourCharCode("PNGf"), Encoder::Png, "png",   nullptr, true,  "png",                "png",   "PNG PNG00 PNG8 PNG24 PNG32 PNG48 PNG64", pngDpi, nullptr, true, true},
   {"PNTG", fourCharCode("PNTG"), kLegacy, "paint", nullptr, true,  "mac pntg",           nullptr, "MAC",                      nullptr, nullptr},
-  {"TIFF", fourCharCode("TIFF"), kQt,     "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi, nullptr, true, true},
+  {"TIFF", fourCharCode("TIFF"), Encoder::Tiff, "tiff",  nullptr, true,  "tif tiff",           "tiff",  nullptr,                    tiffDpi, nullptr, true, true},
   {"TPIC", fourCharCode("TPIC"), kMagick, "TGA",   nullptr, false, "tga",                "tga",   "TGA",                      nullptr, nullptr},
   {"qdgx", fourCharCode("qdgx"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"qtif", fourCharCode("qtif"), kLegacy, "qtimage", nullptr, true, "qtif qti",          nullptr, nullptr,                    nullptr, nullptr, false, false, OwnReader::QuickTimeImage},

@@ -15,13 +15,14 @@
 #include <mutex>
 #include <optional>
 
-#include "codec/DecodeLimits.h"
 #include "codec/ColourProfiles.h"
+#include "codec/DecodeLimits.h"
 #include "codec/DecoderBackends.h"
 #include "codec/ExifThumbnail.h"
 #include "codec/FormatRegistry.h"
 #include "codec/MagickSupport.h"
 #include "codec/ModernDecoders.h"
+#include "codec/TurboJpegDecoder.h"
 
 namespace DecoderBackends {
 
@@ -172,7 +173,7 @@ QImage fittedWithin(QImage image, int maxSide) {
 // With maxSide > 0 the picture comes fitted within maxSide x maxSide pixels, decoded at that
 // size where the reader can (JPEG scales while decoding, SVG draws at the size asked), and its
 // size in points is left empty.
-Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide = 0) {
+Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide, ImageDecoder::Layout layout) {
     setQtAllocationLimit();
     // Other code of the process (a style or platform plugin) may have started Magick++, whose
     // TIFF module leaves libtiff's handlers pointing at its own freed reports.
@@ -203,9 +204,16 @@ Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide = 0) {
         reader.setScaledSize(stored.scaled(maxSide, maxSide, Qt::KeepAspectRatio));
     }
     QImage image;
+    // A whole JPEG for an encoder comes in the encoder's pixel form already; a file the fast
+    // reader leaves (CMYK, damaged) goes to Qt's reader as before.
+    const bool encoderForm =
+        format == "jpeg" && maxSide == 0 && layout == ImageDecoder::Layout::Encoding;
+    if (encoderForm)
+        image = TurboJpegDecoder::decode(path);
+    const bool packed = !image.isNull();
     // Turned here rather than by the reader: Qt's turning drops the picture's colour space.
     reader.setAutoTransform(false);
-    if (!reader.read(&image) || image.isNull())
+    if (!packed && (!reader.read(&image) || image.isNull()))
         return Outcome::Failed;
     if (!withinLimits(image.width(), image.height()))
         return Outcome::Refused; // a reader that gave more than its header said
@@ -228,7 +236,7 @@ Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide = 0) {
                                                 image.dotsPerMeterY() * 0.0254)
                                  : QSizeF(image.size());
     }
-    out.image = normalised(std::move(image));
+    out.image = packed ? std::move(image) : normalised(std::move(image));
     out.ok = true;
     return Outcome::Done;
 }
@@ -295,14 +303,15 @@ static bool isRegularFile(const QString& path) {
 }
 
 // The decoder chain, with the picture in the colour space its file declares.
-static DecodedImage decodeInSourceColours(const QString& path, int maxSide) {
+static DecodedImage decodeInSourceColours(const QString& path, int maxSide,
+                                          Layout layout = Layout::Drawing) {
     if (!isRegularFile(path))
         return DecodedImage{};
     maxSide = std::max(maxSide, 0); // 0: the whole picture
     if (const OwnReader own = ModernDecoders::readerFor(path); own != OwnReader::None)
         return ModernDecoders::decode(path, own, maxSide);
     DecodedImage result;
-    switch (qtDecode(path, result, maxSide)) {
+    switch (qtDecode(path, result, maxSide, layout)) {
     case Outcome::Done:
         return result;
     case Outcome::Refused:
@@ -321,8 +330,8 @@ static DecodedImage decodeInSourceColours(const QString& path, int maxSide) {
     return result;
 }
 
-DecodedImage decode(const QString& path, Colours colours) {
-    DecodedImage result = decodeInSourceColours(path, 0);
+DecodedImage decode(const QString& path, Colours colours, Layout layout) {
+    DecodedImage result = decodeInSourceColours(path, 0, layout);
     if (result.ok && colours == Colours::Display)
         ColourProfiles::toSrgb(result.image);
     return result;

@@ -14,7 +14,8 @@
 
 struct DecodedImage {
     bool ok = false;
-    QImage image;     // RGB32, or ARGB32_Premultiplied (alpha kept); grey may stay Grayscale8.
+    QImage image;     // RGB32, or ARGB32_Premultiplied (alpha kept); grey may stay Grayscale8;
+                      // RGB888 from a decode for encoding (see Layout).
                       // Its colorSpace() is the one the file declares, or sRGB once converted.
     QSizeF pointSize; // size in points: pixels, or pixels x 72 / dpi when the file records a dpi
 };
@@ -29,8 +30,15 @@ QStringList readableSuffixes();
 // shows; Source keeps the file's pixels and colour space, for an export that can carry them.
 enum class Colours { Display, Source };
 
+// The pixel form a decode gives where its reader can choose. Drawing: Qt's 32-bit forms, which
+// the screen and QPainter draw fastest. Encoding: for an export that writes the decoded pixels
+// as they are, opaque JPEGs come as RGB888 (grey ones as Grayscale8), decoded straight into the
+// bytes most encoders take; a picture that must be drawn (turned, scaled) is drawn from RGB32.
+enum class Layout { Drawing, Encoding };
+
 // Decodes the whole file, EXIF orientation applied.
-DecodedImage decode(const QString& path, Colours colours = Colours::Display);
+DecodedImage decode(const QString& path, Colours colours = Colours::Display,
+                    Layout layout = Layout::Drawing);
 
 // The picture fitted within maxSide x maxSide pixels (never enlarged), for thumbnails: decoded
 // at that size where the format allows (JPEG by DCT scaling or from the EXIF thumbnail when that

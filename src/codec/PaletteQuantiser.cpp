@@ -10,6 +10,12 @@ namespace {
 // copy of the whole picture is made. Called from libimagequant's threads: reads only.
 void pictureRow(liq_color rowOut[], int row, int width, void* user) {
     const QImage& picture = *static_cast<const QImage*>(user);
+    if (picture.format() == QImage::Format_RGB888) { // a photograph decoded for encoding
+        const uchar* rgb = picture.constScanLine(row);
+        for (int x = 0; x < width; ++x, rgb += 3)
+            rowOut[x] = liq_color{rgb[0], rgb[1], rgb[2], 255};
+        return;
+    }
     const auto* pixels = reinterpret_cast<const QRgb*>(picture.constScanLine(row));
     const bool premultiplied = picture.format() == QImage::Format_ARGB32_Premultiplied;
     const bool opaque = !picture.hasAlphaChannel();
@@ -57,7 +63,7 @@ QuantisedPicture quantise(const QImage& input, int maxColours) {
     QImage picture = input;
     const QImage::Format f = picture.format();
     if (f != QImage::Format_RGB32 && f != QImage::Format_ARGB32 &&
-        f != QImage::Format_ARGB32_Premultiplied) {
+        f != QImage::Format_ARGB32_Premultiplied && f != QImage::Format_RGB888) {
         picture = picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32
                                                                     : QImage::Format_RGB32);
         if (picture.isNull())

@@ -7,6 +7,7 @@
 #include "codec/ModernWriters.h"
 #include "codec/PngWriter.h"
 #include "codec/SafeReplace.h"
+#include "codec/TiffWriter.h"
 #include "codec/legacy/LegacyWriters.h"
 
 #include <QBuffer>
@@ -86,15 +87,15 @@ int16_t writeBytes(const QString& path, const QByteArray& bytes) {
     });
 }
 
-// The program's PNG writer: streamed into the file, or, with metadata to carry, encoded in
-// memory so that the metadata goes in before the file appears.
-int16_t writePngWith(const QImage& picture, const QString& path, float dpi,
-                     const ImageMetadata& metadata) {
+// The program's own PNG and TIFF writers: streamed into the file, or, with metadata to carry,
+// encoded in memory so that the metadata goes in before the file appears.
+int16_t writeOwnEncoder(const QString& path, const ImageMetadata& metadata,
+                        const std::function<int16_t(QIODevice&)>& encode) {
     if (metadata.isEmpty())
-        return writeThrough(path, [&](QIODevice& file) { return writePng(picture, file, dpi); });
+        return writeThrough(path, [&](QIODevice& file) { return encode(file); });
     QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    if (const int16_t status = writePng(picture, buffer, dpi))
+    buffer.open(QIODevice::ReadWrite); // libtiff reads back what it wrote
+    if (const int16_t status = encode(buffer))
         return status;
     QByteArray bytes = buffer.buffer();
     buffer.close();
@@ -236,6 +237,7 @@ bool rasterWriterExists(uint32_t subtype) {
         return magickCanWrite(row->coder);
     case Encoder::Gif:
     case Encoder::Png:
+    case Encoder::Tiff:
         return true;
     case Encoder::Webp:
     case Encoder::Heif:
@@ -270,7 +272,11 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         case Encoder::Gif:
             return writeThrough(path, [&](QIODevice& file) { return writeGif(pixels, file); });
         case Encoder::Png:
-            return writePngWith(pixels, path, dpi, carried);
+            return writeOwnEncoder(path, carried,
+                                   [&](QIODevice& file) { return writePng(pixels, file, dpi); });
+        case Encoder::Tiff:
+            return writeOwnEncoder(path, carried,
+                                   [&](QIODevice& file) { return writeTiff(pixels, file, dpi); });
         case Encoder::Webp:
         case Encoder::Heif:
         case Encoder::Jxl:

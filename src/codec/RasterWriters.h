@@ -6,11 +6,11 @@
 
 #include "codec/ImageMetadata.h"
 
-// One encoder per raster subtype of the format table: BMPf, JPEG and TIFF through Qt's writers;
-// 'GIF ' and PNGf through the program's own (GifWriter.h, PngWriter.h); '8BPS' (Photoshop),
-// '.SGI' and 'TPIC' (Targa) through Magick++; WEBP, AVIF, HEIC and 'JXL ' through their own
-// libraries (ModernWriters.h); MooV, PNTG, qtif, FLC and SWFL through the program's own writers
-// of the older formats (legacy/LegacyWriters.h).
+// One encoder per raster subtype of the format table: BMPf and JPEG through Qt's writers;
+// 'GIF ', PNGf and TIFF through the program's own (GifWriter.h, PngWriter.h, TiffWriter.h);
+// '8BPS' (Photoshop), '.SGI' and 'TPIC' (Targa) through Magick++; WEBP, AVIF, HEIC and 'JXL '
+// through their own libraries (ModernWriters.h); MooV, PNTG, qtif, FLC and SWFL through the
+// program's own writers of the older formats (legacy/LegacyWriters.h).
 
 // Status codes of the raster writers. 0 is success; every failure is negative so that the
 // callers, which only look at zero or not, never mistake one for success.

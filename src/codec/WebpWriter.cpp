@@ -78,17 +78,21 @@ int16_t encodeWebp(const QImage& input, const ModernEncoding& how, QByteArray& o
     // they are, with straight alpha where there is any.
     // An opaque picture's 32-bit pixels are already B, G, R, X whatever their alpha form: no
     // copy of a large photograph is made for them.
+    // A photograph decoded for encoding is R, G, B bytes, imported as they are too.
     const bool opaque32 = !alpha && (input.format() == QImage::Format_RGB32 ||
                                      input.format() == QImage::Format_ARGB32 ||
                                      input.format() == QImage::Format_ARGB32_Premultiplied);
-    const QImage pixels = opaque32 ? input
-                                   : input.convertToFormat(alpha ? QImage::Format_ARGB32
-                                                                 : QImage::Format_RGB32);
+    const bool opaque24 = !alpha && input.format() == QImage::Format_RGB888;
+    const QImage pixels =
+        opaque32 || opaque24
+            ? input
+            : input.convertToFormat(alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     if (pixels.isNull())
         return kOutOfMemory;
-    const int imported =
-        alpha ? WebPPictureImportBGRA(&picture, pixels.constBits(), int(pixels.bytesPerLine()))
-              : WebPPictureImportBGRX(&picture, pixels.constBits(), int(pixels.bytesPerLine()));
+    const int stride = int(pixels.bytesPerLine());
+    const int imported = alpha      ? WebPPictureImportBGRA(&picture, pixels.constBits(), stride)
+                         : opaque24 ? WebPPictureImportRGB(&picture, pixels.constBits(), stride)
+                                    : WebPPictureImportBGRX(&picture, pixels.constBits(), stride);
     if (!imported)
         return kOutOfMemory;
 

@@ -30,6 +30,7 @@
 #include <QStatusBar>
 #include <QThread>
 
+#include <atomic>
 #include <malloc.h>
 #include <mutex>
 #include <tuple>
@@ -92,15 +93,29 @@ void Controller::convert(QObject* /*sender*/) {
 
 namespace {
 
+// Whether the last file started was converted at 72 dpi and angle 0, where the decoded picture
+// is written as it is. A batch reads its files ahead, before their settings are taken: it
+// decodes them in the encoders' pixel form when the file before went that way. A wrong guess
+// (the settings changed meanwhile) costs a conversion, never a different result.
+std::atomic<bool> lastFileAsDecoded{true};
+
+bool writtenAsDecoded(float dpi, int degrees) {
+    return dpi == 72.0f && degrees == 0;
+}
+
 // The source's pixels and bounds. Pixels that cannot be decoded have no size to convert at:
 // nothing is drawn for them, whatever their header claims. Runs on any thread.
-SourceRead readSource(Controller& c, const QString& src) {
+SourceRead readSource(Controller& c, const QString& src, bool asDecoded) {
     SourceRead read;
     if (!c.IsImageFile(src))
         return read;
     try {
         // An output keeps the source's colours and says which they are (see RasterWriters.h).
-        read.decoded = ImageDecoder::decode(src, ImageDecoder::Colours::Source);
+        // A picture that is drawn (scaled, turned) is decoded in the form it is drawn from:
+        // no second copy of it is made while the drawing is allocated.
+        read.decoded = ImageDecoder::decode(src, ImageDecoder::Colours::Source,
+                                            asDecoded ? ImageDecoder::Layout::Encoding
+                                                      : ImageDecoder::Layout::Drawing);
     } catch (const std::bad_alloc&) {
         read.decoded = DecodedImage{};
     }
@@ -130,7 +145,9 @@ ConversionJob startJob(Controller& c, const QString& src, long format, QRectF& b
             const bool strip = c.itsStripMetadata && c.itsStripMetadata->isChecked();
             return std::tuple<float, int, bool>(resolution, c.getRotation(), strip);
         });
-    SourceRead read = batchLanes ? batchLanes->take(src, lane) : readSource(c, src);
+    lastFileAsDecoded = writtenAsDecoded(job.dpi, job.degrees);
+    SourceRead read =
+        batchLanes ? batchLanes->take(src, lane) : readSource(c, src, lastFileAsDecoded);
     job.decoded = std::move(read.decoded);
     // The source's metadata, only for an output that carries it; read now, before the output
     // path is settled and a Yes may move the source aside.
@@ -273,7 +290,7 @@ void Controller::convertFiles(const QStringList& files, const std::function<long
         return BatchMemory::estimate(path, rasterSubtype(int(formatNow())));
     };
     BatchLanes lanes(
-        files, [this](const QString& path) { return readSource(*this, path); },
+        files, [this](const QString& path) { return readSource(*this, path, lastFileAsDecoded); },
         BatchLanes::idealLaneCount(), estimate);
     batchLanes = &lanes;
     const int count = int(files.size());

@@ -58,7 +58,8 @@ DecodedImage sourcePicture(const QString& source) {
     const ConversionJob* job = currentConversionJob();
     if (job && job->source == source)
         return job->decoded;
-    return ImageDecoder::decode(source, ImageDecoder::Colours::Source);
+    return ImageDecoder::decode(source, ImageDecoder::Colours::Source,
+                                ImageDecoder::Layout::Encoding);
 }
 
 void showFailure(Controller& controller, const QString& title, const QString& message) {

@@ -1,0 +1,167 @@
+#include "codec/TiffWriter.h"
+
+#include "codec/MagickSupport.h"
+#include "codec/RasterWriters.h"
+
+#include <QColorSpace>
+#include <QIODevice>
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+// libtiff's file access, on the device the caller opened.
+tsize_t readProc(thandle_t handle, tdata_t buffer, tsize_t size) {
+    return tsize_t(static_cast<QIODevice*>(handle)->read(static_cast<char*>(buffer), size));
+}
+tsize_t writeProc(thandle_t handle, tdata_t buffer, tsize_t size) {
+    return tsize_t(static_cast<QIODevice*>(handle)->write(static_cast<const char*>(buffer), size));
+}
+toff_t seekProc(thandle_t handle, toff_t offset, int whence) {
+    auto* device = static_cast<QIODevice*>(handle);
+    qint64 to = qint64(offset);
+    if (whence == SEEK_CUR)
+        to += device->pos();
+    else if (whence == SEEK_END)
+        to += device->size();
+    return device->seek(to) ? toff_t(device->pos()) : toff_t(-1);
+}
+int closeProc(thandle_t) {
+    return 0;
+}
+toff_t sizeProc(thandle_t handle) {
+    return toff_t(static_cast<QIODevice*>(handle)->size());
+}
+int mapProc(thandle_t, tdata_t*, toff_t*) {
+    return 0;
+}
+void unmapProc(thandle_t, tdata_t, toff_t) {}
+
+struct TiffCloser {
+    TIFF* tiff;
+    ~TiffCloser() { TIFFClose(tiff); }
+};
+
+// The picture in a form whose rows are copied or repacked as they are written.
+QImage writableForm(const QImage& picture) {
+    switch (picture.format()) {
+    case QImage::Format_RGB888:
+    case QImage::Format_Grayscale8:
+    case QImage::Format_RGB32:
+    case QImage::Format_ARGB32:
+    case QImage::Format_ARGB32_Premultiplied:
+        return picture;
+    default:
+        return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32
+                                                                 : QImage::Format_RGB32);
+    }
+}
+
+int samplesOf(QImage::Format format) {
+    switch (format) {
+    case QImage::Format_Grayscale8:
+        return 1;
+    case QImage::Format_RGB888:
+    case QImage::Format_RGB32:
+        return 3;
+    default:
+        return 4;
+    }
+}
+
+// One row of the picture as the file's samples: grey, R G B, or R G B A with the picture's own
+// alpha form (associated when premultiplied).
+void rowSamples(const QImage& image, int y, uint8_t* out) {
+    const int w = image.width();
+    const uchar* line = image.constScanLine(y);
+    switch (image.format()) {
+    case QImage::Format_Grayscale8:
+        std::memcpy(out, line, size_t(w));
+        return;
+    case QImage::Format_RGB888:
+        std::memcpy(out, line, size_t(w) * 3);
+        return;
+    case QImage::Format_RGB32: {
+        const auto* px = reinterpret_cast<const QRgb*>(line);
+        for (int x = 0; x < w; ++x, out += 3) {
+            out[0] = uint8_t(qRed(px[x]));
+            out[1] = uint8_t(qGreen(px[x]));
+            out[2] = uint8_t(qBlue(px[x]));
+        }
+        return;
+    }
+    default: {
+        const auto* px = reinterpret_cast<const QRgb*>(line);
+        for (int x = 0; x < w; ++x, out += 4) {
+            out[0] = uint8_t(qRed(px[x]));
+            out[1] = uint8_t(qGreen(px[x]));
+            out[2] = uint8_t(qBlue(px[x]));
+            out[3] = uint8_t(qAlpha(px[x]));
+        }
+        return;
+    }
+    }
+}
+
+} // namespace
+
+int16_t writeTiff(const QImage& picture, QIODevice& file, float dpi) {
+    const QImage image = writableForm(picture);
+    if (image.isNull())
+        return kOutOfMemory;
+    const int w = image.width();
+    const int h = image.height();
+    const int samples = samplesOf(image.format());
+    const tsize_t rowBytes = tsize_t(w) * samples;
+    // Classic TIFF counts in 32 bits: the strips' offsets must stay below 4 GB.
+    if (double(rowBytes) * h > 4.0e9)
+        return kTooLargeForFormat;
+
+    useOwnTiffHandlers(); // a failure shows in the status, never on the terminal
+    TIFF* tiff = TIFFClientOpen("picture", "w", &file, readProc, writeProc, seekProc, closeProc,
+                                sizeProc, mapProc, unmapProc);
+    if (!tiff)
+        return kWriteFailed;
+    const TiffCloser closer{tiff};
+    const int rowsPerStrip = int(std::clamp<tsize_t>((256 * 1024) / rowBytes, 1, h));
+    bool ok = TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, uint32_t(w)) &&
+              TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, uint32_t(h)) &&
+              TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8) &&
+              TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples) &&
+              TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC,
+                           samples == 1 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB) &&
+              TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) &&
+              TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE) &&
+              TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, uint32_t(rowsPerStrip));
+    if (ok && samples == 4) {
+        const uint16_t alpha = image.format() == QImage::Format_ARGB32_Premultiplied
+                                   ? EXTRASAMPLE_ASSOCALPHA
+                                   : EXTRASAMPLE_UNASSALPHA;
+        ok = TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &alpha);
+    }
+    if (ok && dpi > 0)
+        ok = TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH) &&
+             TIFFSetField(tiff, TIFFTAG_XRESOLUTION, double(dpi)) &&
+             TIFFSetField(tiff, TIFFTAG_YRESOLUTION, double(dpi));
+    const QByteArray icc =
+        image.colorSpace().isValid() ? image.colorSpace().iccProfile() : QByteArray();
+    if (ok && !icc.isEmpty())
+        ok = TIFFSetField(tiff, TIFFTAG_ICCPROFILE, uint32_t(icc.size()), icc.constData());
+    if (!ok)
+        return kEncoderFailed;
+
+    std::vector<uint8_t> strip(size_t(rowBytes) * size_t(rowsPerStrip));
+    for (int y = 0, index = 0; y < h; y += rowsPerStrip, ++index) {
+        const int rows = std::min(rowsPerStrip, h - y);
+        for (int r = 0; r < rows; ++r)
+            rowSamples(image, y + r, strip.data() + size_t(r) * size_t(rowBytes));
+        if (TIFFWriteEncodedStrip(tiff, uint32_t(index), strip.data(), rowBytes * rows) < 0)
+            return kWriteFailed;
+    }
+    return TIFFWriteDirectory(tiff) ? 0 : kWriteFailed;
+}

@@ -1,0 +1,118 @@
+// The TIFF writer, read back by Qt's TIFF reader: every pixel form it takes, odd widths (rows
+// with padding), both alpha forms, the resolution and the colour profile, and a device that
+// refuses the bytes.
+
+#include "codec/RasterWriters.h"
+#include "codec/TiffWriter.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QImageReader>
+#include <QRandomGenerator>
+#include <QtTest>
+
+namespace {
+
+QImage randomPicture(int w, int h, QImage::Format format) {
+    QImage image(w, h, QImage::Format_ARGB32);
+    QRandomGenerator random(3);
+    for (int y = 0; y < h; ++y) {
+        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < w; ++x)
+            line[x] = random.generate() | (format == QImage::Format_ARGB32 ||
+                                                   format == QImage::Format_ARGB32_Premultiplied
+                                               ? 0u
+                                               : 0xFF000000u);
+    }
+    return image.convertToFormat(format);
+}
+
+QImage readBack(QByteArray bytes) {
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer, "tiff");
+    return reader.read();
+}
+
+QByteArray encoded(const QImage& picture, float dpi) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadWrite);
+    if (writeTiff(picture, buffer, dpi) != 0)
+        return QByteArray();
+    return bytes;
+}
+
+} // namespace
+
+class TestTiffWriter : public QObject {
+    Q_OBJECT
+
+private slots:
+    void everyFormReadsBackTheSame_data() {
+        QTest::addColumn<int>("format");
+        QTest::addColumn<int>("width");
+        QTest::newRow("RGB888, padded rows") << int(QImage::Format_RGB888) << 101;
+        QTest::newRow("RGB32") << int(QImage::Format_RGB32) << 64;
+        QTest::newRow("grey, padded rows") << int(QImage::Format_Grayscale8) << 37;
+        QTest::newRow("straight alpha") << int(QImage::Format_ARGB32) << 50;
+        QTest::newRow("premultiplied alpha") << int(QImage::Format_ARGB32_Premultiplied) << 50;
+        QTest::newRow("other forms are converted") << int(QImage::Format_RGB16) << 33;
+    }
+    void everyFormReadsBackTheSame() {
+        QFETCH(int, format);
+        QFETCH(int, width);
+        // Tall enough for several strips of 256 KB.
+        const QImage picture = randomPicture(width, 3000, QImage::Format(format));
+        const QByteArray bytes = encoded(picture, 300.0f);
+        QVERIFY(!bytes.isEmpty());
+        const QImage back = readBack(bytes);
+        QCOMPARE(back.size(), picture.size());
+        QCOMPARE(qRound(back.dotsPerMeterX() * 0.0254), 300);
+        QCOMPARE(qRound(back.dotsPerMeterY() * 0.0254), 300);
+        if (format == QImage::Format_Grayscale8) {
+            QCOMPARE(back.convertToFormat(QImage::Format_Grayscale8), picture);
+            return;
+        }
+        // Compared as straight ARGB: colours under a low alpha are known only to within the
+        // rounding of a premultiplication (of the picture's, or of Qt's reader).
+        const QImage want = picture.convertToFormat(QImage::Format_ARGB32);
+        const QImage got = back.convertToFormat(QImage::Format_ARGB32);
+        const bool alpha = picture.hasAlphaChannel();
+        for (int y = 0; y < want.height(); ++y)
+            for (int x = 0; x < want.width(); ++x) {
+                const QRgb a = want.pixel(x, y);
+                const QRgb b = got.pixel(x, y);
+                QCOMPARE(qAlpha(b), qAlpha(a));
+                if (qAlpha(a) == 0)
+                    continue;
+                const int allowed = alpha && qAlpha(a) < 255 ? 255 / qAlpha(a) + 1 : 0;
+                QVERIFY2(std::abs(qRed(a) - qRed(b)) <= allowed &&
+                             std::abs(qGreen(a) - qGreen(b)) <= allowed &&
+                             std::abs(qBlue(a) - qBlue(b)) <= allowed,
+                         qPrintable(QStringLiteral("%1,%2: %3 for %4")
+                                        .arg(x)
+                                        .arg(y)
+                                        .arg(b, 8, 16)
+                                        .arg(a, 8, 16)));
+            }
+    }
+
+    void colourProfileIsKept() {
+        QImage picture = randomPicture(20, 10, QImage::Format_RGB888);
+        picture.setColorSpace(QColorSpace(QColorSpace::AdobeRgb));
+        const QImage back = readBack(encoded(picture, 72.0f));
+        QVERIFY(back.colorSpace().isValid());
+        QCOMPARE(back.colorSpace().primaries(), QColorSpace::Primaries::AdobeRgb);
+    }
+
+    void refusedBytesAreAFailure() {
+        QByteArray bytes;
+        QBuffer readOnly(&bytes);
+        readOnly.open(QIODevice::ReadOnly);
+        QVERIFY(writeTiff(randomPicture(40, 40, QImage::Format_RGB888), readOnly, 72.0f) != 0);
+    }
+};
+
+QTEST_MAIN(TestTiffWriter)
+#include "tst_TiffWriter.moc"

@@ -134,6 +134,7 @@ public:
     void applicationWillTerminate();
     void closeController();
     QMainWindow* window() const;
+    QWidget* frontWindow() const; // the full-screen window while it is shown, else window()
     const QImage& getCGImage() const { return itsCGImage; }
 
     // ---------------------------------------------------------------- app/: controls and menus

@@ -36,6 +36,12 @@ void Controller::addFullScreenItems(QMenu* viewMenu) {
     }
 }
 
+QWidget* Controller::frontWindow() const {
+    if (itsFullScreen)
+        return itsFullScreen;
+    return window();
+}
+
 void Controller::fullScreen(QObject* /*sender*/) {
     if (itsFullScreen) {
         itsFullScreen->leave();
@@ -45,6 +51,12 @@ void Controller::fullScreen(QObject* /*sender*/) {
         return;
     auto* shown = new FullScreenWindow(this); // deletes itself when closed
     itsFullScreen = shown;
+    // The file actions that need no dialog work on the picture shown full screen too.
+    for (QAction* action : {itsMenuItemCopy.data(), itsMenuItemTrash.data(),
+                            itsMenuItemUndoTrash.data()}) {
+        if (action)
+            shown->view()->addAction(action);
+    }
     // On the screen the window is on, covering it even where no window manager takes the
     // full-screen request.
     QScreen* screen = itsMainWindow->screen();

@@ -10,11 +10,6 @@
 #include <QMainWindow>
 #include <QVBoxLayout>
 
-namespace {
-
-
-} // namespace
-
 FullScreenWindow::FullScreenWindow(Controller* owner)
     : QWidget(nullptr, Qt::Window), controller(owner) {
     setObjectName(QStringLiteral("itsFullScreen"));
@@ -72,6 +67,12 @@ void FullScreenWindow::leave() {
 
 bool FullScreenWindow::eventFilter(QObject* object, QEvent* event) {
     // Any key or click ends a slideshow (the key does nothing else), and with it full screen.
+    // A key that is some item's shortcut is claimed first, so that it arrives as a key press.
+    if (object == pictureView && isSlideshowRunning() &&
+        event->type() == QEvent::ShortcutOverride) {
+        event->accept();
+        return true;
+    }
     if (object == pictureView && isSlideshowRunning() &&
         (event->type() == QEvent::KeyPress || event->type() == QEvent::MouseButtonPress)) {
         leave();

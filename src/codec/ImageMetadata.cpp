@@ -7,6 +7,7 @@
 #include <exception>
 #include <mutex>
 #include <set>
+#include <unordered_set>
 
 // exiv2 0.27 still hands its images over in std::auto_ptr.
 #pragma GCC diagnostic push
@@ -200,6 +201,20 @@ ImageMetadata forOutput(const ImageMetadata& source, QSize pixels, float dpi) {
     }
 }
 
+// The source's EXIF with the encoder's own entries added where the source has none of the same
+// key. (Looking each key up in turn would compare strings quadratically: a camera's maker notes
+// run to hundreds of entries.)
+static Exiv2::ExifData overlaid(const Exiv2::ExifData& encoders, Exiv2::ExifData source) {
+    std::unordered_set<std::string> keys;
+    for (const Exiv2::Exifdatum& datum : source)
+        keys.insert(datum.key());
+    for (const Exiv2::Exifdatum& datum : encoders) {
+        if (!keys.contains(datum.key()))
+            source.add(datum);
+    }
+    return source;
+}
+
 bool embed(QByteArray& encoded, const ImageMetadata& metadata) {
     if (metadata.isEmpty())
         return true;
@@ -212,10 +227,7 @@ bool embed(QByteArray& encoded, const ImageMetadata& metadata) {
         // What the encoder wrote (a TIFF's own directory, the profile) is read first and kept;
         // the source's EXIF entries are laid over it.
         image->readMetadata();
-        Exiv2::ExifData& exif = image->exifData();
-        const Exiv2::ExifData source = decodeExif(metadata.exif);
-        for (const Exiv2::Exifdatum& datum : source)
-            exif[datum.key()].setValue(&datum.value());
+        image->setExifData(overlaid(image->exifData(), decodeExif(metadata.exif)));
         if (!metadata.xmp.isEmpty())
             image->setXmpData(decodeXmp(metadata.xmp));
         if (!metadata.iptc.isEmpty())

@@ -11,7 +11,8 @@
 BatchLanes::BatchLanes(QStringList files, Reader reader, int laneCount, Estimator estimate,
                        int64_t memoryBudget)
     : files(std::move(files)), reader(std::move(reader)), laneCount(std::max(1, laneCount)),
-      freeLanes(this->laneCount), estimate(std::move(estimate)), memory(memoryBudget) {
+      fileSlots(2 * this->laneCount), freeLanes(fileSlots), estimate(std::move(estimate)),
+      memory(memoryBudget) {
     for (int i = 0; i < this->laneCount; ++i)
         threads.emplace_back([this] { serve(); });
 }
@@ -77,9 +78,9 @@ int64_t BatchLanes::bytesOf(int index) {
 }
 
 void BatchLanes::readAhead(int after) {
-    // Never further ahead than the lanes reach: a Stop then leaves at most that many reads
-    // unused, and no output is ever made for them.
-    for (int i = after; i < files.size() && i < next + laneCount; ++i) {
+    // Never further ahead than the files in flight reach: a Stop then leaves at most that many
+    // reads unused, and no output is ever made for them.
+    for (int i = after; i < files.size() && i < next + fileSlots; ++i) {
         if (ahead.count(i))
             continue;
         if (!freeLanes.try_acquire())

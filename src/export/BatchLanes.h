@@ -64,13 +64,14 @@ private:
     int64_t bytes = 0;
 };
 
-// The lanes of "Convert All": as many files are in flight as the machine has cores. A file takes
-// a lane when its source is read (ahead of the batch thread, while lanes are free) and keeps it
-// through drawing and encoding, so memory holds one picture's worth per lane, and a file too
-// large to share the batch's memory budget with the files in flight waits for them (see
-// BatchMemory.h). The batch thread
-// still takes the files one by one in folder order (progress, format, overwrite question); only
-// the reading ahead and the drawing and encoding overlap.
+// The lanes of "Convert All": one thread per core, and twice as many files in flight. A file
+// takes a lane when its source is read (ahead of the batch thread, while lanes are free) and
+// keeps it through drawing and encoding; a file too large to share the batch's memory budget
+// with the files in flight waits for them (see BatchMemory.h). While one thread decodes a large
+// photograph, the other reads the small files after it ahead instead of waiting for the batch
+// thread to take the large one. The batch thread still takes the files one by one in folder
+// order (progress, format, overwrite question); only the reading ahead and the drawing and
+// encoding overlap.
 class BatchLanes {
 public:
     using Reader = std::function<SourceRead(const QString& path)>;
@@ -111,13 +112,14 @@ private:
 
     const QStringList files;
     const Reader reader;
-    const int laneCount;
+    const int laneCount; // threads
+    const int fileSlots; // files in flight: read ahead, or drawn and encoded
     LaneCount freeLanes;
     const Estimator estimate;
     BatchMemory memory;
     std::map<int, int64_t> estimates;
     // The lanes' threads live for the batch. A task is queued only by a file that holds a lane,
-    // so the queue never holds more tasks than there are threads to take them.
+    // so the queue never holds more tasks than there are files in flight.
     std::mutex queueMutex;
     std::condition_variable queued;
     std::deque<std::function<void()>> queue;

@@ -287,7 +287,7 @@ void Controller::convertFiles(const QStringList& files, const std::function<long
     // A file's share of the batch's memory depends on the format it is written in: the one
     // chosen when it is read.
     const auto estimate = [&formatNow](const QString& path) {
-        return BatchMemory::estimate(path, rasterSubtype(int(formatNow())));
+        return BatchMemory::estimate(path, rasterSubtype(int(formatNow())), lastFileAsDecoded);
     };
     BatchLanes lanes(
         files, [this](const QString& path) { return readSource(*this, path, lastFileAsDecoded); },

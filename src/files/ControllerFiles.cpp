@@ -166,7 +166,7 @@ void Controller::moveToTrash(QObject*) {
 
     const TrashResult result = FreedesktopTrash::moveToTrash(path);
     if (!result.ok) {
-        alert(itsMainWindow, tr("Move to Trash"), result.error);
+        alert(frontWindow(), tr("Move to Trash"), result.error);
         return;
     }
     trashedFiles.append(result.file);
@@ -193,7 +193,7 @@ void Controller::undoMoveToTrash(QObject*) {
         if (!QFileInfo::exists(file.trashedPath) && !QFileInfo(file.trashedPath).isSymLink())
             trashedFiles.removeLast();
         updateFileActions();
-        alert(itsMainWindow, tr("Undo Move to Trash"), result.error);
+        alert(frontWindow(), tr("Undo Move to Trash"), result.error);
         return;
     }
     trashedFiles.removeLast();

@@ -39,6 +39,8 @@ private slots:
     void slideshowStepsInFolderOrderAndGoesRound();
     void anyKeyStopsTheSlideshow();
     void slideSecondsAreKept();
+    void trashAndUndoWorkInFullScreen();
+    void shortcutKeysOnlyStopTheSlideshow();
 
 private:
     void startWindow();
@@ -61,6 +63,7 @@ void tst_FullScreen::init() {
     home = std::make_unique<QTemporaryDir>();
     qputenv("HOME", home->path().toUtf8());
     qputenv("XDG_CONFIG_HOME", QDir(home->path()).filePath(".config").toUtf8());
+    qputenv("XDG_DATA_HOME", QDir(home->path()).filePath(".local/share").toUtf8());
     QVERIFY(filled(400, 200, Qt::red).save(pathOf("a.png")));
     QVERIFY(filled(200, 400, Qt::blue).save(pathOf("b.png")));
     QVERIFY(filled(300, 300, Qt::yellow).save(pathOf("c.png")));
@@ -174,5 +177,35 @@ void tst_FullScreen::slideSecondsAreKept() {
     QCOMPARE(controller->itsSlideSeconds->value(), 9);
 }
 
+
+void tst_FullScreen::trashAndUndoWorkInFullScreen() {
+    controller->itsMenuItemFullScreen->trigger();
+    wmfImageView* view = controller->itsFullScreen->view();
+    view->setFocus();
+    QTRY_VERIFY(view->hasFocus());
+    QTest::keyClick(view, Qt::Key_Delete);
+    QVERIFY(!QFile::exists(pathOf("a.png")));
+    QVERIFY(QFile::exists(pathOf(".local/share/Trash/files/a.png")));
+    QVERIFY(QFile::exists(pathOf(".local/share/Trash/info/a.png.trashinfo")));
+    QCOMPARE(controller->itsSrcFileName->text(), pathOf("b.png"));
+    QTRY_COMPARE(view->wmfPath(), pathOf("b.png")); // full screen follows
+    QTest::keyClick(view, Qt::Key_Z, Qt::ControlModifier);
+    QVERIFY(QFile::exists(pathOf("a.png")));
+    QCOMPARE(controller->itsSrcFileName->text(), pathOf("a.png"));
+    QVERIFY(controller->itsFullScreen); // still full screen
+}
+
+void tst_FullScreen::shortcutKeysOnlyStopTheSlideshow() {
+    controller->itsSlideSeconds->setValue(60);
+    controller->itsMenuItemSlideshow->trigger();
+    QVERIFY(controller->itsFullScreen->isSlideshowRunning());
+    QTest::keyClick(controller->itsFullScreen->view(), Qt::Key_Delete);
+    QTRY_VERIFY(!controller->itsFullScreen);
+    QVERIFY(QFile::exists(pathOf("a.png"))); // stopped, not trashed
+    controller->itsMenuItemSlideshow->trigger();
+    QTest::keyClick(controller->itsFullScreen->view(), Qt::Key_1); // the zoom's key
+    QTRY_VERIFY(!controller->itsFullScreen);
+    QVERIFY(controller->itsWmfView->zoomState().isFitted());
+}
 QTEST_MAIN(tst_FullScreen)
 #include "tst_FullScreen.moc"

@@ -49,14 +49,8 @@ run_in_x() {
   expect_exit "$pid"
 }
 
-if [ "$inside" = inside ]; then
-  run_in_x
-  exit 0
-fi
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export work pictures=$work/pictures
+run_inside_or_make_work
+export pictures=$work/pictures
 fresh_home
 mkdir -p "$pictures"
 convert -size 300x200 xc:orange "$pictures/c.png"

@@ -137,14 +137,8 @@ run_in_x() {
   expect_exit "$pid"
 }
 
-if [ "$inside" = inside ]; then
-  run_in_x
-  exit 0
-fi
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export work pictures=$work/pictures dest=$work/home/Desktop
+run_inside_or_make_work
+export pictures=$work/pictures dest=$work/home/Desktop
 fresh_home
 mkdir -p "$pictures"
 unset LANGUAGE

@@ -74,15 +74,9 @@ run_in_x() {
   expect_exit "$pid"
 }
 
-if [ "$inside" = inside ]; then
-  run_in_x
-  exit 0
-fi
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+run_inside_or_make_work
 # A folder name that needs percent-encoding in the .trashinfo.
-export work pictures="$work/my pictures" pictures_encoded="${work}/my%20pictures"
+export pictures="$work/my pictures" pictures_encoded="${work}/my%20pictures"
 fresh_home
 export XDG_DATA_HOME=$work/home/.local/share trash=$work/home/.local/share/Trash
 mkdir -p "$pictures"

@@ -95,14 +95,8 @@ run_in_x() {
   expect_exit "$pid" "second run"
 }
 
-if [ "$inside" = inside ]; then
-  run_in_x
-  exit 0
-fi
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export work pictures=$work/pictures
+run_inside_or_make_work
+export pictures=$work/pictures
 fresh_home
 mkdir -p "$pictures"
 export LANG=C.UTF-8 LC_ALL=C.UTF-8 LANGUAGE=

@@ -50,14 +50,8 @@ run_in_x() {
   return 0
 }
 
-if [ "$inside" = inside ]; then
-  run_in_x
-  exit 0
-fi
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export work pictures=$work/pictures out=$work/out
+run_inside_or_make_work
+export pictures=$work/pictures out=$work/out
 fresh_home
 mkdir -p "$pictures" "$out"
 convert -size 320x240 gradient:red-blue -fill yellow -draw "circle 160,120 160,60" "$pictures/a.png"

@@ -162,18 +162,12 @@ run_list_in_x() {
   expect_exit "$pid" "list run"
 }
 
-if [ "$inside" = inside ]; then
-  run_in_x
-  exit 0
-fi
 if [ "$inside" = list ]; then
   run_list_in_x
   exit 0
 fi
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export work pictures=$work/pictures large=$work/large
+run_inside_or_make_work
+export pictures=$work/pictures large=$work/large
 fresh_home
 mkdir -p "$pictures" "$large"
 export ORMIDON_WIDGET_DIALOGS=1 # a bare X server has no desktop to show its own dialogs

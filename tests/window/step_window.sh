@@ -68,14 +68,8 @@ run_in_x() {
   expect_exit "$pid"
 }
 
-if [ "$inside" = inside ]; then
-  run_in_x
-  exit 0
-fi
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export work pictures=$work/pictures
+run_inside_or_make_work
+export pictures=$work/pictures
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
 mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
 unset XDG_DESKTOP_DIR QT_QPA_PLATFORM

@@ -25,3 +25,14 @@ fresh_home() { # the program gets a home of its own under $work: config, cache a
   chmod 700 "$XDG_RUNTIME_DIR"
   unset XDG_DESKTOP_DIR QT_QPA_PLATFORM DESKTOP_STARTUP_ID XDG_ACTIVATION_TOKEN
 }
+
+run_inside_or_make_work() { # inside the X server: the script's run_in_x, then its end; outside:
+  # a fresh $work for the run, removed when the script ends
+  if [ "$inside" = inside ]; then
+    run_in_x
+    exit 0
+  fi
+  work=$(mktemp -d)
+  trap 'rm -rf "$work"' EXIT
+  export work
+}

@@ -106,9 +106,17 @@ int64_t BatchMemory::estimate(const QString& path, uint32_t subtype, bool asDeco
     return bytes;
 }
 
+bool BatchMemory::fits(int64_t bytes) const {
+    if (held == 0 || held + bytes <= budget)
+        return true;
+    // A small file may still join a large one: the other core then reads and writes it instead
+    // of waiting, for a little more memory than the budget.
+    return bytes <= budget / 8 && held + bytes <= budget + budget / 4;
+}
+
 bool BatchMemory::tryHold(int64_t bytes) {
     const std::lock_guard lock(mutex);
-    if (held > 0 && held + bytes > budget)
+    if (!fits(bytes))
         return false;
     held += bytes;
     return true;
@@ -116,7 +124,7 @@ bool BatchMemory::tryHold(int64_t bytes) {
 
 void BatchMemory::hold(int64_t bytes) {
     std::unique_lock lock(mutex);
-    freed.wait(lock, [&] { return held == 0 || held + bytes <= budget; });
+    freed.wait(lock, [&] { return fits(bytes); });
     held += bytes;
 }
 

@@ -9,7 +9,8 @@
 // What the batch's files may hold in memory together. Two large photographs in flight at once
 // (one decoding, one encoding) would hold more than a converter taking one file at a time;
 // a file whose pictures would take the batch over its budget waits until the files before it
-// are written, unless nothing else is in flight. Smaller files still overlap freely.
+// are written, unless nothing else is in flight. Smaller files still overlap freely, and a
+// small file may join a large one for a little more than the budget.
 class BatchMemory {
 public:
     // Two 18-megapixel photographs as 32-bit pixels.
@@ -29,6 +30,10 @@ public:
     static int64_t estimate(const QString& path, uint32_t subtype = 0, bool asDecoded = false);
 
 private:
+    // Within the budget, or nothing else in flight, or a small file (an eighth of the budget at
+    // most) joining while the total stays within a quarter over it. Called with the mutex held.
+    bool fits(int64_t bytes) const;
+
     const int64_t budget;
     std::mutex mutex;
     std::condition_variable freed;

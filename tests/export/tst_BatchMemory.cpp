@@ -78,8 +78,17 @@ private slots:
         QVERIFY(memory.tryHold(50));
         memory.release(150);
         QVERIFY(memory.tryHold(400)); // alone, however large
-        QVERIFY(!memory.tryHold(1));
+        QVERIFY(!memory.tryHold(1));  // and nothing joins what is far over the budget
         memory.release(400);
+
+        // A small file (an eighth of the budget at most) may join a large one while the two
+        // stay within a quarter over the budget; a larger one may not.
+        BatchMemory roomy(160);
+        QVERIFY(roomy.tryHold(170));
+        QVERIFY(!roomy.tryHold(21));
+        QVERIFY(roomy.tryHold(20));
+        QVERIFY(!roomy.tryHold(20)); // 210 would pass 200
+        roomy.release(190);
 
         // hold() waits for a release.
         QVERIFY(memory.tryHold(100));

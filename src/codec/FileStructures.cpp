@@ -2,6 +2,8 @@
 
 #include <QtEndian>
 
+#include <algorithm>
+
 namespace FileStructures {
 
 bool walkJpegSegments(QIODevice& file, int maxSegments,
@@ -21,6 +23,54 @@ bool walkJpegSegments(QIODevice& file, int maxSegments,
             return true;
     }
     return false;
+}
+
+std::optional<JpegFrame> jpegFrame(QIODevice& file, int maxSegments) {
+    uchar start[2];
+    if (!file.seek(0) || file.read(reinterpret_cast<char*>(start), 2) != 2 || start[0] != 0xFF ||
+        start[1] != 0xD8)
+        return std::nullopt;
+    std::optional<JpegFrame> found;
+    walkJpegSegments(file, maxSegments, [&](uint8_t kind, int length) {
+        const bool frame = kind >= 0xC0 && kind <= 0xCF && kind != 0xC4 && kind != 0xC8 &&
+                           kind != 0xCC; // DHT, JPG and DAC share the range
+        if (!frame)
+            return true;
+        const QByteArray body = file.read(std::min(length, 6 + 3 * 4));
+        if (body.size() < 6)
+            return false;
+        const auto* b = reinterpret_cast<const uchar*>(body.constData());
+        JpegFrame f;
+        f.height = qFromBigEndian<quint16>(b + 1);
+        f.width = qFromBigEndian<quint16>(b + 3);
+        f.progressive = kind == 0xC2 || kind == 0xC6 || kind == 0xCA || kind == 0xCE;
+        const int count = b[5];
+        if (count >= 1 && count <= 4 && body.size() >= 6 + 3 * count) {
+            for (int i = 0; i < count; ++i) {
+                const uchar sampling = b[6 + 3 * i + 1];
+                f.components.append(
+                    {std::clamp(sampling >> 4, 1, 4), std::clamp(sampling & 15, 1, 4)});
+            }
+        }
+        found = f;
+        return false;
+    });
+    return found;
+}
+
+int64_t JpegFrame::coefficientBytes() const {
+    int hMax = 1, vMax = 1;
+    for (const Component& c : components) {
+        hMax = std::max(hMax, c.horizontal);
+        vMax = std::max(vMax, c.vertical);
+    }
+    int64_t bytes = 0;
+    for (const Component& c : components) {
+        const int64_t w = (int64_t(width) * c.horizontal + hMax - 1) / hMax;
+        const int64_t h = (int64_t(height) * c.vertical + vMax - 1) / vMax;
+        bytes += ((w + 7) / 8) * ((h + 7) / 8) * 64 * 2;
+    }
+    return bytes;
 }
 
 QByteArray jpegExifBlock(QIODevice& file, int maxSegments) {

@@ -6,11 +6,16 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 // Walks through the two structures that several header readers share: a JPEG's segments
 // before its scan, and a TIFF's image file directories (a TIFF file, or the EXIF block inside
 // a JPEG). Reads are bounded and hostile input gives "nothing there".
 namespace FileStructures {
+
+// A JPEG may carry any number of segments before its scan; cameras and editors write a few
+// dozen at most, and a file with more than a thousand is hostile: no walk reads them all.
+constexpr int kMaxJpegSegments = 1000;
 
 // Calls visit(kind, length) for each JPEG segment before the first scan, with the device at
 // the start of the segment's body of `length` bytes; the walk goes on to the next segment
@@ -18,6 +23,27 @@ namespace FileStructures {
 // maxSegments segments come before the scan (the file's end or damage count as the scan).
 bool walkJpegSegments(QIODevice& file, int maxSegments,
                       const std::function<bool(uint8_t kind, int length)>& visit);
+
+// A JPEG's frame header (its first start-of-frame segment): size, coding and each colour
+// component's sampling factors.
+struct JpegFrame {
+    int width = 0;
+    int height = 0;
+    bool progressive = false;
+    struct Component {
+        int horizontal = 1; // sampling factors, 1 to 4
+        int vertical = 1;
+    };
+    QList<Component> components; // 1 (grey) to 4 (CMYK); empty when the header cuts them short
+
+    // Every DCT coefficient of the frame, 2 bytes each, in whole 8 x 8 blocks per component at
+    // its own sampling: what a progressive decoder keeps until its last scan.
+    int64_t coefficientBytes() const;
+};
+
+// The frame header found within the first maxSegments segments, or nothing for a file that is
+// no JPEG or whose segments do not lead to a frame before the scan.
+std::optional<JpegFrame> jpegFrame(QIODevice& file, int maxSegments);
 
 // The TIFF structure of a JPEG's first EXIF segment (the APP1 body after "Exif\0\0"), looked
 // for within the first maxSegments segments, or empty.

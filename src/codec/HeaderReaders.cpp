@@ -11,9 +11,7 @@ namespace HeaderReaders {
 
 namespace {
 
-// A JPEG may carry any number of segments before its scan; cameras and editors write a few
-// dozen at most, and a file with more than a thousand is hostile: no walk reads them all.
-constexpr int kMaxJpegSegments = 1000;
+using FileStructures::kMaxJpegSegments;
 constexpr int kMaxPngChunks = 10000;
 
 std::optional<Dpi> inches(double x, double y) {

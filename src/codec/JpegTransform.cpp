@@ -1,9 +1,11 @@
 #include "codec/JpegTransform.h"
 
 #include "codec/DecodeLimits.h"
+#include "codec/FileStructures.h"
 #include "codec/JpegTurnMetadata.h"
 #include "codec/SafeReplace.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -92,24 +94,11 @@ void partialEdges(int op, int width, int height, int subsampling, int& columns, 
 
 // Whether the frame is progressive: the first start-of-frame marker says how it is coded.
 bool isProgressive(const QByteArray& jpeg) {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(jpeg.constData());
-    const qsizetype size = jpeg.size();
-    qsizetype at = 2;
-    while (at + 4 <= size) {
-        if (bytes[at] != 0xff)
-            return false;
-        const uint8_t marker = bytes[at + 1];
-        if (marker == 0xff) {
-            ++at; // fill byte
-            continue;
-        }
-        if (marker >= 0xc0 && marker <= 0xcf && marker != 0xc4 && marker != 0xc8 && marker != 0xcc)
-            return marker == 0xc2 || marker == 0xc6 || marker == 0xca || marker == 0xce;
-        if (marker == 0xda || marker == 0xd9)
-            return false;
-        at += 2 + ((bytes[at + 2] << 8) | bytes[at + 3]);
-    }
-    return false;
+    QBuffer device;
+    device.setData(jpeg);
+    device.open(QIODevice::ReadOnly);
+    const auto frame = FileStructures::jpegFrame(device, FileStructures::kMaxJpegSegments);
+    return frame && frame->progressive;
 }
 
 struct TjHandle {

@@ -183,7 +183,8 @@ public:
     void turnPicture(JpegTurn turn);      // the JPEG file losslessly, any other picture on screen
     bool isImageMenuItem(const QAction* item) const;
     bool imageMenuItemEnabled(const QAction* item) const;
-    void updateImageMenu();
+    void updateImageMenu(); // on every new picture: whether it is a JPEG, and the items' state
+    bool shownIsJpeg = false; // the shown picture's file is a JPEG (by its content)
 
     // ---------------------------------------------------------------- files/: file actions
     // On the current picture: copy to the clipboard, show in the file manager, rename, move to
@@ -194,7 +195,9 @@ public:
     void renameImage(QObject* sender);
     void moveToTrash(QObject* sender);
     void undoMoveToTrash(QObject* sender);
-    void updateFileActions(); // enabled while a picture is shown; undo while there is one
+    bool isFileActionItem(const QAction* item) const;
+    bool fileActionEnabled(const QAction* item) const; // a picture shown; undo: one to undo
+    void updateFileActions();
     QPointer<QAction> itsMenuItemCopy;
     QPointer<QAction> itsMenuItemShowFolder;
     QPointer<QAction> itsMenuItemRename;

@@ -56,6 +56,8 @@ bool Controller::validateMenuItem(QAction* item) {
         return true;
     if (isImageMenuItem(item))
         return imageMenuItemEnabled(item);
+    if (isFileActionItem(item))
+        return fileActionEnabled(item);
     if (item == itsMenuItemPref) {
         const int state = itsPrefDrawer ? itsPrefDrawer->state() : PrefDrawer::Closed;
         item->setChecked(state == PrefDrawer::Opening || state == PrefDrawer::Open);

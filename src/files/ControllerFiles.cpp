@@ -95,14 +95,24 @@ void Controller::addFileActions(QMenu* fileMenu) {
     updateFileActions();
 }
 
+bool Controller::isFileActionItem(const QAction* item) const {
+    return item && (item == itsMenuItemCopy || item == itsMenuItemShowFolder ||
+                    item == itsMenuItemRename || item == itsMenuItemTrash ||
+                    item == itsMenuItemUndoTrash);
+}
+
+bool Controller::fileActionEnabled(const QAction* item) const {
+    if (item == itsMenuItemUndoTrash)
+        return !trashedFiles.isEmpty();
+    return !currentSource(itsSrcFileName).isEmpty();
+}
+
 void Controller::updateFileActions() {
-    const bool shown = !currentSource(itsSrcFileName).isEmpty();
     for (QAction* action : {itsMenuItemCopy.data(), itsMenuItemShowFolder.data(),
-                            itsMenuItemRename.data(), itsMenuItemTrash.data()})
+                            itsMenuItemRename.data(), itsMenuItemTrash.data(),
+                            itsMenuItemUndoTrash.data()})
         if (action)
-            action->setEnabled(shown);
-    if (itsMenuItemUndoTrash)
-        itsMenuItemUndoTrash->setEnabled(!trashedFiles.isEmpty());
+            action->setEnabled(fileActionEnabled(action));
 }
 
 void Controller::copyImage(QObject*) {

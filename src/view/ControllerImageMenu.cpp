@@ -126,11 +126,12 @@ bool Controller::imageMenuItemEnabled(const QAction* item) const {
     // control turns, it does not mirror).
     if (item == itsMenuItemRotateLeft || item == itsMenuItemRotateRight)
         return !itsCGImage.isNull();
-    const QString path = itsWmfView ? itsWmfView->wmfPath() : QString();
-    return !itsCGImage.isNull() && !path.isEmpty() && JpegTransform::isJpegFile(path);
+    return !itsCGImage.isNull() && shownIsJpeg;
 }
 
 void Controller::updateImageMenu() {
+    const QString path = itsWmfView ? itsWmfView->wmfPath() : QString();
+    shownIsJpeg = !path.isEmpty() && JpegTransform::isJpegFile(path);
     for (QAction* item : {itsMenuItemRotateLeft.data(), itsMenuItemRotateRight.data(),
                           itsMenuItemFlipHorizontal.data(), itsMenuItemFlipVertical.data()})
         if (item)

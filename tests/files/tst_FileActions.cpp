@@ -141,6 +141,9 @@ private slots:
     void withoutAPictureTheActionsAreOff() {
         c->setSourceFileName(picture("missing.png"), false);
         QVERIFY(shown().isEmpty());
+        // Opening a menu checks every item again; the file actions stay off.
+        c->validateMenuItems();
+        QVERIFY(!c->itsMenuItemUndoTrash->isEnabled());
         QVERIFY(!c->itsMenuItemCopy->isEnabled());
         QVERIFY(!c->itsMenuItemTrash->isEnabled());
         QVERIFY(!c->itsMenuItemRename->isEnabled());

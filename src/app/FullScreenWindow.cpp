@@ -27,7 +27,7 @@ FullScreenWindow::FullScreenWindow(Controller* owner)
     pictureView->mainController = owner;
     layout->addWidget(pictureView);
     if (owner && owner->itsWmfView) {
-        pictureView->setWmfPath(owner->itsWmfView->wmfPath());
+        pictureView->showPicture(owner->itsWmfView->wmfPath());
         connect(owner->itsWmfView, &wmfImageView::pictureChanged, this,
                 &FullScreenWindow::followPicture);
         // The picture's own keys (the zoom's) work here as in the window.
@@ -56,7 +56,7 @@ void FullScreenWindow::showNextSlide() {
 
 void FullScreenWindow::followPicture() {
     if (controller && controller->itsWmfView)
-        pictureView->setWmfPath(controller->itsWmfView->wmfPath());
+        pictureView->showPicture(controller->itsWmfView->wmfPath());
     pictureView->update();
 }
 

@@ -36,7 +36,7 @@ bool Controller::imageViewUpdate(const QString& path) {
     itsCGImage = QImage(); // the previous raster goes first
     itsCGImage = std::move(decoded.image);
     if (itsWmfView) {
-        itsWmfView->setWmfPath(path);
+        itsWmfView->showPicture(path);
         itsWmfView->update();
     }
     return true;

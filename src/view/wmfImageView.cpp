@@ -78,6 +78,10 @@ void wmfImageView::setWmfPath(const QString& newPath) {
     clear();
     if (!newPath.isNull())
         path = newPath;
+}
+
+void wmfImageView::showPicture(const QString& newPath) {
+    setWmfPath(newPath);
     // Every picture opens fitted, whatever the zoom of the one before.
     zoom.fit();
     levels.clear();

@@ -30,7 +30,8 @@ public:
     QString path; // the file shown; empty when none
 
     void awakeFromNib(); // gives the view its selection marker
-    void setWmfPath(const QString& newPath);
+    void setWmfPath(const QString& newPath); // the path alone (a document export borrows it)
+    void showPicture(const QString& newPath); // a new picture: its path, fitted, announced
     const QString& wmfPath() const { return path; }
     void clear();
     void setSelectionMarker(std::unique_ptr<CropMarker> marker);
@@ -68,7 +69,7 @@ public:
     QString zoomText(); // what the window shows of the zoom: "Fit (25 %)", "400 %"
 
 signals:
-    // Another picture is shown (setWmfPath).
+    // Another picture is shown (showPicture).
     void pictureChanged(wmfImageView* view);
     // The zoom changed (or the fitted size did, with the window's size or the picture).
     void zoomChanged(wmfImageView* view);

@@ -39,8 +39,6 @@ FullScreenWindow::FullScreenWindow(Controller* owner)
     setFocusProxy(pictureView);
 }
 
-FullScreenWindow::~FullScreenWindow() = default;
-
 void FullScreenWindow::startSlideshow(int seconds) {
     slideTimer.start(std::max(1, seconds) * 1000);
 }
@@ -91,7 +89,6 @@ void FullScreenWindow::keyPressEvent(QKeyEvent* event) {
 
 void FullScreenWindow::closeEvent(QCloseEvent* event) {
     slideTimer.stop();
-    emit left();
     if (controller && controller->itsMainWindow) {
         controller->itsMainWindow->activateWindow();
         controller->focusImageView();

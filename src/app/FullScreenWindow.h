@@ -15,16 +15,12 @@ class FullScreenWindow : public QWidget {
     Q_OBJECT
 public:
     explicit FullScreenWindow(Controller* controller);
-    ~FullScreenWindow() override;
 
     wmfImageView* view() const { return pictureView; }
     void startSlideshow(int seconds);
     bool isSlideshowRunning() const { return slideTimer.isActive(); }
     const QTimer& slideshowTimer() const { return slideTimer; }
     void leave(); // closes the window and gives the keyboard back to the main window
-
-signals:
-    void left();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

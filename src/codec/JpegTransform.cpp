@@ -6,13 +6,13 @@
 #include "codec/SafeReplace.h"
 
 #include <QBuffer>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <array>
-#include <memory>
+#include <optional>
 
 #include <unistd.h>
 
@@ -78,27 +78,22 @@ int combinedTransform(int orientation, JpegTurn turn) {
 // The edge pixels a transform cannot move losslessly: a partial block at the right edge moves to
 // the left one under a horizontal flip or a left turn, a partial block at the bottom to the top
 // under a vertical flip or a right turn.
-void partialEdges(int op, int width, int height, int subsampling, int& columns, int& rows) {
+void partialEdges(int op, const FileStructures::JpegFrame& frame, int& columns, int& rows) {
     const bool movesRightEdge =
         op == TJXOP_HFLIP || op == TJXOP_ROT270 || op == TJXOP_TRANSVERSE || op == TJXOP_ROT180;
     const bool movesBottomEdge =
         op == TJXOP_VFLIP || op == TJXOP_ROT90 || op == TJXOP_TRANSVERSE || op == TJXOP_ROT180;
-    // A sampling libjpeg-turbo cannot name gets the largest block it knows.
-    const int blockWidth =
-        subsampling >= 0 && subsampling < TJ_NUMSAMP ? tjMCUWidth[subsampling] : 32;
-    const int blockHeight =
-        subsampling >= 0 && subsampling < TJ_NUMSAMP ? tjMCUHeight[subsampling] : 16;
-    columns = movesRightEdge ? width % blockWidth : 0;
-    rows = movesBottomEdge ? height % blockHeight : 0;
-}
-
-// Whether the frame is progressive: the first start-of-frame marker says how it is coded.
-bool isProgressive(const QByteArray& jpeg) {
-    QBuffer device;
-    device.setData(jpeg);
-    device.open(QIODevice::ReadOnly);
-    const auto frame = FileStructures::jpegFrame(device, FileStructures::kMaxJpegSegments);
-    return frame && frame->progressive;
+    // The block a transform moves whole: 8 pixels for a grey picture, else 8 times the largest
+    // sampling factor of the components.
+    int blockWidth = 8, blockHeight = 8;
+    if (frame.components.size() > 1) {
+        for (const FileStructures::JpegFrame::Component& c : frame.components) {
+            blockWidth = std::max(blockWidth, 8 * c.horizontal);
+            blockHeight = std::max(blockHeight, 8 * c.vertical);
+        }
+    }
+    columns = movesRightEdge ? frame.width % blockWidth : 0;
+    rows = movesBottomEdge ? frame.height % blockHeight : 0;
 }
 
 struct TjHandle {
@@ -128,15 +123,6 @@ bool transform(const QByteArray& jpeg, int op, int options, QByteArray& out) {
         out = QByteArray(reinterpret_cast<const char*>(buffer), qsizetype(size));
     tjFree(buffer);
     return failed == 0 && !out.isEmpty();
-}
-
-bool header(const QByteArray& jpeg, int& width, int& height, int& subsampling) {
-    TjHandle tj;
-    int colourspace = 0;
-    return tj.handle &&
-           tjDecompressHeader3(tj.handle, reinterpret_cast<const unsigned char*>(jpeg.constData()),
-                               static_cast<unsigned long>(jpeg.size()), &width, &height,
-                               &subsampling, &colourspace) == 0;
 }
 
 // The EXIF thumbnail gets the picture's transform; its few edge pixels may go.
@@ -181,11 +167,16 @@ Result turnBytes(const QByteArray& jpeg, JpegTurn turn, bool allowTrim, QByteArr
     Result result;
     if (!looksLikeJpeg(jpeg))
         return result;
-    int width = 0, height = 0, subsampling = -1;
-    if (!header(jpeg, width, height, subsampling)) {
+    QBuffer device;
+    device.setData(jpeg);
+    device.open(QIODevice::ReadOnly);
+    const std::optional<FileStructures::JpegFrame> frame =
+        FileStructures::jpegFrame(device, FileStructures::kMaxJpegSegments);
+    if (!frame || frame->components.isEmpty()) {
         result.outcome = Outcome::Damaged;
         return result;
     }
+    const int width = frame->width, height = frame->height;
     if (width <= 0 || height <= 0 || width > DecodeLimits::kMaxSide ||
         height > DecodeLimits::kMaxSide || int64_t(width) * height > DecodeLimits::kMaxPixels) {
         result.outcome = Outcome::TooLarge;
@@ -193,10 +184,10 @@ Result turnBytes(const QByteArray& jpeg, JpegTurn turn, bool allowTrim, QByteArr
     }
 
     const int op = combinedTransform(JpegTurnMetadata::orientation(jpeg), turn);
-    partialEdges(op, width, height, subsampling, result.trimmedColumns, result.trimmedRows);
+    partialEdges(op, *frame, result.trimmedColumns, result.trimmedRows);
     const bool trims = result.trimmedColumns > 0 || result.trimmedRows > 0;
     int options = trims ? TJXOPT_TRIM : TJXOPT_PERFECT; // markers are copied (no COPYNONE)
-    if (isProgressive(jpeg))
+    if (frame->progressive)
         options |= TJXOPT_PROGRESSIVE;
     // Damage is found before the question of the edges is asked: the transform reads every block.
     QByteArray out;

@@ -8,8 +8,6 @@
 #include <QUrl>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -169,11 +167,7 @@ TrashResult FreedesktopTrash::moveToTrash(const QString& path) {
         if (!QDir().mkpath(QFileInfo(trash).path()) || !ensureTrashFolders(trash))
             return refuse(FreedesktopTrash::tr("the trash folder “%1” cannot be made").arg(trash));
     } else {
-        bool folderOk = false;
-        const dev_t device = deviceOf(local(folder), &folderOk);
-        if (!folderOk)
-            return refuse(systemErrorText(ENOENT));
-        const QString top = topFolderOf(folder, device);
+        const QString top = topFolderOf(folder, st.st_dev); // the file is on its folder's disk
         trash = topFolderTrash(top);
         if (trash.isEmpty())
             return refuse(

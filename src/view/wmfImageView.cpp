@@ -27,7 +27,6 @@
 
 namespace {
 
-
 // The picture's size from the controller's rectangle. A side above 32767 wraps in the 16-bit
 // rectangle; the picture itself then gives the true size.
 QSizeF pictureSizeOf(const Rect& r, const QImage& picture) {

@@ -29,8 +29,8 @@ public:
     std::unique_ptr<CropMarker> selectionMarker;
     QString path; // the file shown; empty when none
 
-    void awakeFromNib(); // gives the view its selection marker
-    void setWmfPath(const QString& newPath); // the path alone (a document export borrows it)
+    void awakeFromNib();                      // gives the view its selection marker
+    void setWmfPath(const QString& newPath);  // the path alone (a document export borrows it)
     void showPicture(const QString& newPath); // a new picture: its path, fitted, announced
     const QString& wmfPath() const { return path; }
     void clear();

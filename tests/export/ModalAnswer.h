@@ -18,6 +18,7 @@ struct SeenQuestion {
     int count = 0;       // boxes answered so far
     QString text;        // text of the latest box
     QStringList texts;   // the text of every box answered, in the order they came
+    QStringList names;   // the object name of every box answered, in the same order
     QStringList buttons; // its buttons' titles, in the order they were added
     QWidget* parent = nullptr;
 };
@@ -35,6 +36,7 @@ inline QTimer* answerQuestions(const QStringList& answers, std::shared_ptr<SeenQ
         box->setProperty("ormidonAnswered", true);
         seen->text = box->text();
         seen->texts << box->text();
+        seen->names << box->objectName();
         seen->buttons.clear();
         const QString answer = answers.value(seen->count);
         QAbstractButton* chosen = nullptr;
@@ -55,3 +57,21 @@ inline QTimer* answerQuestions(const QStringList& answers, std::shared_ptr<SeenQ
     timer->start();
     return timer;
 }
+
+// answerQuestions for the length of a scope: a box that comes after it ends is not answered.
+class ScopedAnswers {
+public:
+    explicit ScopedAnswers(const QStringList& answers)
+        : seen(std::make_shared<SeenQuestion>()), timer(answerQuestions(answers, seen)) {}
+    ~ScopedAnswers() {
+        if (timer)
+            timer->deleteLater();
+    }
+    ScopedAnswers(const ScopedAnswers&) = delete;
+    ScopedAnswers& operator=(const ScopedAnswers&) = delete;
+
+    const std::shared_ptr<SeenQuestion> seen;
+
+private:
+    QPointer<QTimer> timer;
+};

@@ -1,3 +1,4 @@
+#include "../export/ModalAnswer.h"
 #include "app/Controller.h"
 #include "thumbs/listImageViewItem.h"
 #include "view/wmfImageView.h"
@@ -32,42 +33,6 @@ QByteArray readAll(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
-
-// Answers the message boxes that open while it lives, in order, with the buttons named in
-// `answers` (by their text), recording each box's name and text. A box beyond the answers is
-// cancelled and counted as unexpected.
-class BoxAnswerer {
-public:
-    QStringList names;
-    QStringList texts;
-    int unexpected = 0;
-
-    explicit BoxAnswerer(QStringList answers) : answers(std::move(answers)) {
-        timer.setInterval(10);
-        QObject::connect(&timer, &QTimer::timeout, [this] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!box || !box->isVisible() || box->property("answered").toBool())
-                return;
-            box->setProperty("answered", true);
-            names << box->objectName();
-            texts << box->text();
-            const QString answer = this->answers.value(names.size() - 1);
-            if (answer.isEmpty())
-                ++unexpected;
-            for (QAbstractButton* button : box->buttons())
-                if (button->text() == answer) {
-                    button->click();
-                    return;
-                }
-            box->reject();
-        });
-        timer.start();
-    }
-
-private:
-    QStringList answers;
-    QTimer timer;
-};
 
 } // namespace
 
@@ -161,7 +126,7 @@ void tst_ImageMenu::otherFormatsTurnOnScreenOnly() {
     const QString path = pathOf("wide.png");
     const QByteArray before = readAll(path);
     open(path);
-    BoxAnswerer answerer({});
+    ScopedAnswers answerer({});
     pressOnPicture(Qt::CTRL | Qt::Key_R);
     QCOMPARE(controller->getRotation(), 90);
     QCOMPARE(controller->itsRotateSlider->value(), 90);
@@ -179,7 +144,7 @@ void tst_ImageMenu::otherFormatsTurnOnScreenOnly() {
     QCOMPARE(controller->getRotation(), 0);
     QCOMPARE(controller->itsRotateText->text(), QStringLiteral("0"));
     QCOMPARE(readAll(path), before);
-    QCOMPARE(answerer.names, QStringList());
+    QCOMPARE(answerer.seen->names, QStringList());
 }
 
 void tst_ImageMenu::turnKeysWorkFromTheAngleField() {
@@ -227,18 +192,18 @@ void tst_ImageMenu::jpegIsRewrittenAfterOneQuestionPerSession() {
     open(path);
     QCOMPARE(controller->itsSizeField->text(), QStringLiteral("120 * 60"));
     {
-        BoxAnswerer answerer({"Cancel"});
+        ScopedAnswers answerer({"Cancel"});
         pressOnPicture(Qt::CTRL | Qt::Key_R);
-        QCOMPARE(answerer.names, QStringList{"jpegTurnQuestion"});
-        QCOMPARE(answerer.texts.value(0),
+        QCOMPARE(answerer.seen->names, QStringList{"jpegTurnQuestion"});
+        QCOMPARE(answerer.seen->texts.value(0),
                  QStringLiteral("Rotate the JPEG file itself? This rewrites the file losslessly."));
     }
     QCOMPARE(readAll(path), original); // cancelled: nothing changed, and asked again
     QCOMPARE(controller->getRotation(), 0);
     {
-        BoxAnswerer answerer({"Rotate"});
+        ScopedAnswers answerer({"Rotate"});
         pressOnPicture(Qt::CTRL | Qt::Key_R);
-        QCOMPARE(answerer.names, QStringList{"jpegTurnQuestion"});
+        QCOMPARE(answerer.seen->names, QStringList{"jpegTurnQuestion"});
     }
     // The file is turned, the view shows it, and the angle is still the picture's own.
     const QImage turned = QImage(path);
@@ -249,9 +214,9 @@ void tst_ImageMenu::jpegIsRewrittenAfterOneQuestionPerSession() {
     QCOMPARE(controller->itsSizeField->text(), QStringLiteral("60 * 120")); // points at 96 dpi
     QCOMPARE(controller->getRotation(), 0);
     {
-        BoxAnswerer answerer({});
+        ScopedAnswers answerer({});
         pressOnPicture(Qt::CTRL | Qt::Key_L); // not asked again this session
-        QCOMPARE(answerer.names, QStringList());
+        QCOMPARE(answerer.seen->names, QStringList());
     }
     // Right then left: the very picture the file held.
     QCOMPARE(QImage(path).convertToFormat(QImage::Format_RGB32), originalPixels);
@@ -261,25 +226,25 @@ void tst_ImageMenu::jpegIsRewrittenAfterOneQuestionPerSession() {
     cleanup();
     init();
     open(pathOf("wide.jpg"));
-    BoxAnswerer answerer({"Cancel"});
+    ScopedAnswers answerer({"Cancel"});
     pressOnPicture(Qt::CTRL | Qt::Key_L);
-    QCOMPARE(answerer.names, QStringList{"jpegTurnQuestion"});
+    QCOMPARE(answerer.seen->names, QStringList{"jpegTurnQuestion"});
 }
 
 void tst_ImageMenu::flipMirrorsTheJpegFile() {
     const QString path = pathOf("wide.jpg");
     open(path);
-    BoxAnswerer answerer({"Flip"});
+    ScopedAnswers answerer({"Flip"});
     controller->itsMenuItemFlipHorizontal->trigger();
-    QCOMPARE(answerer.names, QStringList{"jpegTurnQuestion"});
-    QCOMPARE(answerer.texts.value(0),
+    QCOMPARE(answerer.seen->names, QStringList{"jpegTurnQuestion"});
+    QCOMPARE(answerer.seen->texts.value(0),
              QStringLiteral("Flip the JPEG file itself? This rewrites the file losslessly."));
     const QImage flipped = QImage(path);
     QCOMPARE(flipped.size(), QSize(160, 80));
     QCOMPARE(QColor(flipped.pixel(10, 40)).red(), 0); // blue on the left now
     QCOMPARE(QColor(flipped.pixel(150, 40)).blue(), 0);
     controller->itsMenuItemFlipVertical->trigger(); // confirmed already
-    QCOMPARE(answerer.names.size(), 1);
+    QCOMPARE(answerer.seen->names.size(), 1);
     QCOMPARE(QImage(path).size(), QSize(160, 80));
 }
 
@@ -290,17 +255,17 @@ void tst_ImageMenu::partialBlocksAskBeforeTrimming() {
     const QByteArray before = readAll(path);
     open(path);
     {
-        BoxAnswerer answerer({"Rotate", "Cancel"});
+        ScopedAnswers answerer({"Rotate", "Cancel"});
         pressOnPicture(Qt::CTRL | Qt::Key_R);
-        QCOMPARE(answerer.names, (QStringList{"jpegTurnQuestion", "jpegTrimQuestion"}));
-        QVERIFY2(answerer.texts.value(1).contains("13 pixel rows"),
-                 qPrintable(answerer.texts.value(1)));
+        QCOMPARE(answerer.seen->names, (QStringList{"jpegTurnQuestion", "jpegTrimQuestion"}));
+        QVERIFY2(answerer.seen->texts.value(1).contains("13 pixel rows"),
+                 qPrintable(answerer.seen->texts.value(1)));
     }
     QCOMPARE(readAll(path), before);
     {
-        BoxAnswerer answerer({"Trim and Turn"});
+        ScopedAnswers answerer({"Trim and Turn"});
         pressOnPicture(Qt::CTRL | Qt::Key_R);
-        QCOMPARE(answerer.names, QStringList{"jpegTrimQuestion"});
+        QCOMPARE(answerer.seen->names, QStringList{"jpegTrimQuestion"});
     }
     QCOMPARE(QImage(path).size(), QSize(32, 70));
     QCOMPARE(controller->getCGImage().size(), QSize(32, 70));
@@ -311,10 +276,10 @@ void tst_ImageMenu::readOnlyFileGetsAMessageAndStays() {
     const QByteArray before = readAll(path);
     QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup));
     open(path);
-    BoxAnswerer answerer({"Rotate", "OK"});
+    ScopedAnswers answerer({"Rotate", "OK"});
     pressOnPicture(Qt::CTRL | Qt::Key_R);
-    QCOMPARE(answerer.names, (QStringList{"jpegTurnQuestion", "jpegTurnFailed"}));
-    QCOMPARE(answerer.texts.value(1), QStringLiteral("“wide.jpg” was not turned."));
+    QCOMPARE(answerer.seen->names, (QStringList{"jpegTurnQuestion", "jpegTurnFailed"}));
+    QCOMPARE(answerer.seen->texts.value(1), QStringLiteral("“wide.jpg” was not turned."));
     QCOMPARE(readAll(path), before);
     QCOMPARE(controller->getCGImage().size(), QSize(160, 80));
 }
@@ -327,7 +292,7 @@ void tst_ImageMenu::imageListCellFollowsTheTurn() {
     QTRY_VERIFY(!cell->small_image.isNull());
     QVERIFY(cell->small_image.width() > cell->small_image.height());
     controller->itsWmfView->setFocus();
-    BoxAnswerer answerer({"Rotate"});
+    ScopedAnswers answerer({"Rotate"});
     pressOnPicture(Qt::CTRL | Qt::Key_R);
     QTRY_VERIFY(!cell->small_image.isNull() &&
                 cell->small_image.width() < cell->small_image.height());

@@ -16,12 +16,6 @@ source "$(dirname "$0")/x_helpers.sh"
 
 magenta="rgb(230,30,200)"
 
-size_of() { identify -format '%w %h' "$1" 2>/dev/null || true; }
-
-wait_size() { # waits up to 20 s until the picture $1 reads back as $2 (width height)
-  for _ in $(seq 200); do [ "$(size_of "$1")" = "$2" ] && return 0; sleep 0.1; done
-  fail "$(basename "$1") reads back as '$(size_of "$1")', not '$2'"
-}
 
 click_at() { # clicks at x y of the main window
   xdotool mousemove --window "$win" "$1" "$2" click 1

@@ -35,14 +35,6 @@ print(red[0] // red[2], red[1] // red[2], blue[0] // blue[2], blue[1] // blue[2]
 ' "$4" "$5"
 }
 
-wait_dimensions() { # waits up to 10 s for the file $1 to decode to the size $2 ("w h")
-  for _ in $(seq 100); do
-    [ "$(identify -format '%w %h' "$1" 2>/dev/null)" = "$2" ] && return 0
-    sleep 0.1
-  done
-  return 1
-}
-
 run_in_x() {
   "$app" --no-splash "$pictures/photo.jpg" >"$work/app.log" 2>&1 &
   pid=$!
@@ -64,7 +56,7 @@ run_in_x() {
   sleep 0.3
   import -window root "$shots/jpeg_turn_window_question.png"
   xdotool windowfocus --sync "$question" key Return # the default button: Rotate
-  wait_dimensions "$pictures/photo.jpg" "320 640" || fail "the file was not turned: $(identify -format '%w %h' "$pictures/photo.jpg")"
+  wait_size "$pictures/photo.jpg" "320 640" # the file turned
 
   # On disk: the original turned a quarter clockwise, up to the inverse DCT's rounding.
   differ=$(compare -metric AE -fuzz 2% "$pictures/photo.jpg" "$work/expected_right.png" null: 2>&1 || true)
@@ -81,7 +73,7 @@ run_in_x() {
 
   # Turned back with Ctrl+L, not asked again this session.
   xdotool windowfocus --sync "$win" key ctrl+l
-  wait_dimensions "$pictures/photo.jpg" "640 320" || fail "ctrl+l did not turn the file back"
+  wait_size "$pictures/photo.jpg" "640 320" # ctrl+l turned it back
   [ "$(xdotool search --onlyvisible --name '^Ormidon$' | wc -l)" = 0 ] || fail "ctrl+l asked again"
   differ=$(compare -metric AE "$pictures/photo.jpg" "$work/original.png" null: 2>&1 || true)
   [ "$differ" = 0 ] || fail "right then left is not the original picture: $differ pixels differ"

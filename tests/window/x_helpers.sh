@@ -11,6 +11,13 @@ wait_title() { # prints the id of a window whose title is exactly $1, once there
   return 1
 }
 
+size_of() { identify -format '%w %h' "$1" 2>/dev/null || true; }
+
+wait_size() { # waits up to 20 s until the picture $1 reads back as $2 (width height)
+  for _ in $(seq 200); do [ "$(size_of "$1")" = "$2" ] && return 0; sleep 0.1; done
+  fail "$(basename "$1") reads back as '$(size_of "$1")', not '$2'"
+}
+
 expect_exit() { # after Ctrl+Q: the program (pid $1) ends within ten seconds, with status 0; $2 names the run
   local pid=$1 run=${2:-}
   for _ in $(seq 100); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done

@@ -108,6 +108,8 @@ bool settle(QByteArray& jpeg, int width, int height,
             xmpChanged |= setXmpNumber(xmp, "Xmp.tiff.Orientation", 1);
             xmpChanged |= setXmpNumber(xmp, "Xmp.exif.PixelXDimension", uint32_t(width));
             xmpChanged |= setXmpNumber(xmp, "Xmp.exif.PixelYDimension", uint32_t(height));
+            xmpChanged |= setXmpNumber(xmp, "Xmp.tiff.ImageWidth", uint32_t(width));
+            xmpChanged |= setXmpNumber(xmp, "Xmp.tiff.ImageLength", uint32_t(height));
         }
         if (!exifChanged && !xmpChanged)
             return true;

@@ -139,6 +139,21 @@ private slots:
         compareBothWays(path, QImage::Format_RGB888);
     }
 
+    void recordedResolutionGivesTheDrawingForm() {
+        // Exported at 72 dpi a 300-dpi photograph is scaled, so drawn: it comes in 32 bits, with
+        // no 24-bit copy beside the drawing.
+        QImage picture = photograph(90, 60);
+        picture.setDotsPerMeterX(11811);
+        picture.setDotsPerMeterY(11811);
+        const QString path = write(QStringLiteral("dense.jpg"), qtJpeg(picture));
+        const DecodedImage encoding = ImageDecoder::decode(path, Colours::Source, Layout::Encoding);
+        QVERIFY(encoding.ok);
+        QCOMPARE(encoding.image.format(), QImage::Format_RGB32);
+        QCOMPARE(encoding.pointSize, QSizeF(90 * 72.0 / 300, 60 * 72.0 / 300));
+        const DecodedImage drawing = ImageDecoder::decode(path, Colours::Source, Layout::Drawing);
+        QCOMPARE(encoding.image, drawing.image);
+    }
+
     void everyOrientationTurnsTheSame_data() {
         QTest::addColumn<int>("orientation");
         for (int o = 1; o <= 8; ++o)

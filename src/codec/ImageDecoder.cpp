@@ -6,8 +6,8 @@
 #include <QColorSpace>
 #include <QFile>
 #include <QImageReader>
-#include <QTransform>
 #include <QSet>
+#include <QTransform>
 
 #include <algorithm>
 #include <cmath>
@@ -203,11 +203,17 @@ Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide, ImageDecod
         // The size asked is in the file's own orientation, before the reader turns it.
         reader.setScaledSize(stored.scaled(maxSide, maxSide, Qt::KeepAspectRatio));
     }
+    bool known = false;
+    std::optional<Dpi> dpi;
+    if (maxSide == 0)
+        dpi = headerDpi(path, format, &known);
     QImage image;
     // A whole JPEG for an encoder comes in the encoder's pixel form already; a file the fast
-    // reader leaves (CMYK, damaged) goes to Qt's reader as before.
-    const bool encoderForm =
-        format == "jpeg" && maxSide == 0 && layout == ImageDecoder::Layout::Encoding;
+    // reader leaves (CMYK, damaged) goes to Qt's reader as before. One that records a resolution
+    // other than 72 dpi is scaled when it is exported, so drawn: it comes in the drawing form.
+    const bool encoderForm = format == "jpeg" && maxSide == 0 &&
+                             layout == ImageDecoder::Layout::Encoding &&
+                             (!dpi || ImageDecoder::pointsArePixels(dpi->x, dpi->y));
     if (encoderForm)
         image = TurboJpegDecoder::decode(path);
     const bool packed = !image.isNull();
@@ -223,8 +229,6 @@ Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide, ImageDecod
         out.ok = true;
         return Outcome::Done;
     }
-    bool known = false;
-    const std::optional<Dpi> dpi = headerDpi(path, format, &known);
     if (known) {
         out.pointSize = dpi ? pointSizeFor(image.size(), dpi->x, dpi->y) : QSizeF(image.size());
     } else {
@@ -269,6 +273,10 @@ Outcome qtMeasure(const QString& path, QSizeF& out) {
 } // namespace
 
 namespace ImageDecoder {
+
+bool pointsArePixels(double dpiX, double dpiY) {
+    return pointSizeFor(QSize(1, 1), dpiX, dpiY) == QSizeF(1, 1);
+}
 
 QStringList readableSuffixes() {
     static const QStringList suffixes = [] {

@@ -33,8 +33,14 @@ enum class Colours { Display, Source };
 // The pixel form a decode gives where its reader can choose. Drawing: Qt's 32-bit forms, which
 // the screen and QPainter draw fastest. Encoding: for an export that writes the decoded pixels
 // as they are, opaque JPEGs come as RGB888 (grey ones as Grayscale8), decoded straight into the
-// bytes most encoders take; a picture that must be drawn (turned, scaled) is drawn from RGB32.
+// bytes most encoders take, unless the file records a resolution other than 72 dpi (its export
+// scales it: see writtenAsDecoded in ExportRenderer.h); a picture that must be drawn (turned,
+// scaled) is drawn from RGB32.
 enum class Layout { Drawing, Encoding };
+
+// Whether a file recording dpiX x dpiY dots per inch (0 for none) has one point per pixel: no
+// usable resolution, or 72.
+bool pointsArePixels(double dpiX, double dpiY);
 
 // Decodes the whole file, EXIF orientation applied.
 DecodedImage decode(const QString& path, Colours colours = Colours::Display,

@@ -51,44 +51,15 @@ bool writeChunk(QIODevice& file, const char type[5], const QByteArray& data) {
                       size_t(data.size()));
 }
 
-// The picture in one of the pixel forms the rows are read from without a copy of the whole.
-QImage readableForm(const QImage& picture) {
-    switch (picture.format()) {
-    case QImage::Format_RGB32:
-    case QImage::Format_ARGB32:
-    case QImage::Format_ARGB32_Premultiplied:
-    case QImage::Format_Grayscale8:
-    case QImage::Format_RGB888:
-        return picture;
-    default:
-        return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32
-                                                                 : QImage::Format_RGB32);
-    }
-}
-
 // One row of the picture as the file's samples: grey, R G B or R G B A, straight alpha.
 void rowSamples(const QImage& image, int y, ColourType type, uint8_t* out) {
+    if (type != kRgba) {
+        ModernPixels::opaqueRow(image, y, out);
+        return;
+    }
     const int w = image.width();
-    const uchar* line = image.constScanLine(y);
-    switch (image.format()) {
-    case QImage::Format_Grayscale8:
-    case QImage::Format_RGB888:
-        std::memcpy(out, line, size_t(w) * (type == kGrey ? 1 : 3));
-        return;
-    default:
-        break;
-    }
-    const auto* px = reinterpret_cast<const QRgb*>(line);
+    const auto* px = reinterpret_cast<const QRgb*>(image.constScanLine(y));
     const bool premultiplied = image.format() == QImage::Format_ARGB32_Premultiplied;
-    if (type == kRgb) {
-        for (int x = 0; x < w; ++x, out += 3) {
-            const QRgb p = premultiplied ? qUnpremultiply(px[x]) : px[x];
-            out[0] = uint8_t(qRed(p));
-            out[1] = uint8_t(qGreen(p));
-            out[2] = uint8_t(qBlue(p));
-        }
-        return;
-    }
     for (int x = 0; x < w; ++x, out += 4) {
         const QRgb p = premultiplied ? qUnpremultiply(px[x]) : px[x];
         out[0] = uint8_t(qRed(p));
@@ -228,7 +199,7 @@ bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dp
 int16_t writePng(const QImage& picture, QIODevice& file, float dpi) {
     if (picture.isNull())
         return kNoPicture;
-    const QImage image = readableForm(picture);
+    const QImage image = ModernPixels::rowReadable(picture);
     if (image.isNull())
         return kOutOfMemory;
 

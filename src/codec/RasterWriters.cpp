@@ -20,8 +20,8 @@
 #include <Magick++.h>
 
 #include <cmath>
-#include <functional>
 #include <exception>
+#include <functional>
 #include <new>
 
 namespace {
@@ -87,8 +87,8 @@ int16_t writeBytes(const QString& path, const QByteArray& bytes) {
     });
 }
 
-// The program's own PNG and TIFF writers: streamed into the file, or, with metadata to carry,
-// encoded in memory so that the metadata goes in before the file appears.
+// The program's own PNG and TIFF writers and Qt's: streamed into the file, or, with metadata to
+// carry, encoded in memory so that the metadata goes in before the file appears.
 int16_t writeOwnEncoder(const QString& path, const ImageMetadata& metadata,
                         const std::function<int16_t(QIODevice&)>& encode) {
     if (metadata.isEmpty())
@@ -109,23 +109,10 @@ int16_t writeWithQt(const QImage& picture, const QString& path, const char* name
     // callers that own a large picture record it first (recordResolution).
     QImage image = picture;
     recordResolution(image, dpi);
-    if (!metadata.isEmpty()) {
-        // The metadata goes into the encoded bytes in memory, so that the file on disk appears
-        // whole, with it, in one rename.
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        QImageWriter writer(&buffer, name);
-        if (!writer.write(image))
-            return kEncoderFailed;
-        QByteArray bytes = buffer.buffer();
-        buffer.close();
-        MetadataCarrier::embed(bytes, metadata); // a refusal leaves the picture without it
-        return writeBytes(path, bytes);
-    }
-    return writeThrough(path, [&](QIODevice& file) -> int16_t {
-        // Straight into the file: the encoders stream their rows, so no second copy of the
-        // encoded picture is held in memory.
-        QImageWriter writer(&file, name);
+    // Without metadata straight into the file: the encoders stream their rows, so no second
+    // copy of the encoded picture is held in memory.
+    return writeOwnEncoder(path, metadata, [&](QIODevice& device) -> int16_t {
+        QImageWriter writer(&device, name);
         if (writer.write(image))
             return 0;
         return writer.error() == QImageWriter::DeviceError ? kWriteFailed : kEncoderFailed;
@@ -167,7 +154,7 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
         if (!pixels)
             return kOutOfMemory;
         Magick::Image image(pixels); // takes ownership
-        image.quiet(true); // warnings are not failures
+        image.quiet(true);           // warnings are not failures
         image.magick(coder);
         image.depth(8);
         if (dpi > 0) {
@@ -187,11 +174,8 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
         MetadataCarrier::embed(bytes, metadata);
         return writeBytes(path, bytes);
     }
-    return writeThrough(path, [&](QIODevice& file) -> int16_t {
-        const auto length = qint64(blob.length());
-        return file.write(static_cast<const char*>(blob.data()), length) == length ? 0
-                                                                                  : kWriteFailed;
-    });
+    return writeBytes(path, QByteArray::fromRawData(static_cast<const char*>(blob.data()),
+                                                    qsizetype(blob.length())));
 }
 
 int16_t writeModern(const QImage& picture, const QString& path, uint32_t subtype,
@@ -292,11 +276,9 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         return kOutOfMemory;
     } catch (const Magick::ErrorResourceLimit&) {
         return kOutOfMemory;
-    } catch (const std::exception&) {
-        // Magick::Exception (policy refusals, a coder's own errors) and the like.
-        return kEncoderFailed;
     } catch (...) {
-        // A library's own exception type: the encoder failed, nothing escapes.
+        // Magick::Exception (policy refusals, a coder's own errors) and the like, or a
+        // library's own exception type: the encoder failed, nothing escapes.
         return kEncoderFailed;
     }
 }

@@ -1,6 +1,7 @@
 #include "codec/TiffWriter.h"
 
 #include "codec/MagickSupport.h"
+#include "codec/ModernPixels.h"
 #include "codec/RasterWriters.h"
 
 #include <QColorSpace>
@@ -47,76 +48,35 @@ struct TiffCloser {
     ~TiffCloser() { TIFFClose(tiff); }
 };
 
-// The picture in a form whose rows are copied or repacked as they are written.
-QImage writableForm(const QImage& picture) {
-    switch (picture.format()) {
-    case QImage::Format_RGB888:
-    case QImage::Format_Grayscale8:
-    case QImage::Format_RGB32:
-    case QImage::Format_ARGB32:
-    case QImage::Format_ARGB32_Premultiplied:
-        return picture;
-    default:
-        return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32
-                                                                 : QImage::Format_RGB32);
+// One row of the picture as the file's samples: grey or R G B (ModernPixels::opaqueRow), or
+// R G B A with the picture's own alpha form (associated when premultiplied).
+void rowSamples(const QImage& image, int y, int samples, uint8_t* out) {
+    if (samples != 4) {
+        ModernPixels::opaqueRow(image, y, out);
+        return;
     }
-}
-
-int samplesOf(QImage::Format format) {
-    switch (format) {
-    case QImage::Format_Grayscale8:
-        return 1;
-    case QImage::Format_RGB888:
-    case QImage::Format_RGB32:
-        return 3;
-    default:
-        return 4;
-    }
-}
-
-// One row of the picture as the file's samples: grey, R G B, or R G B A with the picture's own
-// alpha form (associated when premultiplied).
-void rowSamples(const QImage& image, int y, uint8_t* out) {
     const int w = image.width();
-    const uchar* line = image.constScanLine(y);
-    switch (image.format()) {
-    case QImage::Format_Grayscale8:
-        std::memcpy(out, line, size_t(w));
-        return;
-    case QImage::Format_RGB888:
-        std::memcpy(out, line, size_t(w) * 3);
-        return;
-    case QImage::Format_RGB32: {
-        const auto* px = reinterpret_cast<const QRgb*>(line);
-        for (int x = 0; x < w; ++x, out += 3) {
-            out[0] = uint8_t(qRed(px[x]));
-            out[1] = uint8_t(qGreen(px[x]));
-            out[2] = uint8_t(qBlue(px[x]));
-        }
-        return;
-    }
-    default: {
-        const auto* px = reinterpret_cast<const QRgb*>(line);
-        for (int x = 0; x < w; ++x, out += 4) {
-            out[0] = uint8_t(qRed(px[x]));
-            out[1] = uint8_t(qGreen(px[x]));
-            out[2] = uint8_t(qBlue(px[x]));
-            out[3] = uint8_t(qAlpha(px[x]));
-        }
-        return;
-    }
+    const auto* px = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+    for (int x = 0; x < w; ++x, out += 4) {
+        out[0] = uint8_t(qRed(px[x]));
+        out[1] = uint8_t(qGreen(px[x]));
+        out[2] = uint8_t(qBlue(px[x]));
+        out[3] = uint8_t(qAlpha(px[x]));
     }
 }
 
 } // namespace
 
 int16_t writeTiff(const QImage& picture, QIODevice& file, float dpi) {
-    const QImage image = writableForm(picture);
+    const QImage image = ModernPixels::rowReadable(picture);
     if (image.isNull())
         return kOutOfMemory;
     const int w = image.width();
     const int h = image.height();
-    const int samples = samplesOf(image.format());
+    // A picture whose alpha covers it all (a scaled, unturned photograph) is written opaque.
+    const int samples = image.format() == QImage::Format_Grayscale8 ? 1
+                        : ModernPixels::usesAlpha(image)            ? 4
+                                                                    : 3;
     const tsize_t rowBytes = tsize_t(w) * samples;
     // Classic TIFF counts in 32 bits: the strips' offsets must stay below 4 GB.
     if (double(rowBytes) * h > 4.0e9)
@@ -159,7 +119,7 @@ int16_t writeTiff(const QImage& picture, QIODevice& file, float dpi) {
     for (int y = 0, index = 0; y < h; y += rowsPerStrip, ++index) {
         const int rows = std::min(rowsPerStrip, h - y);
         for (int r = 0; r < rows; ++r)
-            rowSamples(image, y + r, strip.data() + size_t(r) * size_t(rowBytes));
+            rowSamples(image, y + r, samples, strip.data() + size_t(r) * size_t(rowBytes));
         if (TIFFWriteEncodedStrip(tiff, uint32_t(index), strip.data(), rowBytes * rows) < 0)
             return kWriteFailed;
     }

@@ -10,10 +10,9 @@
 
 BatchLanes::BatchLanes(QStringList files, Reader reader, int laneCount, Estimator estimate,
                        int64_t memoryBudget)
-    : files(std::move(files)), reader(std::move(reader)), laneCount(std::max(1, laneCount)),
-      fileSlots(2 * this->laneCount), freeLanes(fileSlots), estimate(std::move(estimate)),
-      memory(memoryBudget) {
-    for (int i = 0; i < this->laneCount; ++i)
+    : files(std::move(files)), reader(std::move(reader)), fileSlots(2 * std::max(1, laneCount)),
+      freeSlots(fileSlots), estimate(std::move(estimate)), memory(memoryBudget) {
+    for (int i = 0; i < fileSlots / 2; ++i)
         threads.emplace_back([this] { serve(); });
 }
 
@@ -83,10 +82,10 @@ void BatchLanes::readAhead(int after) {
     for (int i = after; i < files.size() && i < next + fileSlots; ++i) {
         if (ahead.count(i))
             continue;
-        if (!freeLanes.try_acquire())
+        if (!freeSlots.try_acquire())
             return;
         if (!memory.tryHold(bytesOf(i))) {
-            freeLanes.release();
+            freeSlots.release();
             return;
         }
         ahead.emplace(i, readOnLane(i));
@@ -101,11 +100,11 @@ SourceRead BatchLanes::take(const QString& path, BatchLane& lane) {
             read = std::move(it->second);
             ahead.erase(it);
         } else {
-            freeLanes.acquire();         // whichever lane frees first
+            freeSlots.acquire();         // whichever file in flight frees its slot first
             memory.hold(bytesOf(index)); // and the memory of the files in flight, if need be
             read = readOnLane(index);
         }
-        lane = BatchLane(&freeLanes, &memory, bytesOf(index));
+        lane = BatchLane(&freeSlots, &memory, bytesOf(index));
         estimates.erase(index);
         readAhead(next);
     } else {
@@ -130,7 +129,7 @@ void BatchLanes::finishWritesNamed(const QString& fileName) {
 }
 
 void BatchLanes::run(BatchLane lane, const QString& dest, std::function<void()> work) {
-    // Finished writes are forgotten, so the table stays as small as the lanes.
+    // Finished writes are forgotten, so the table stays as small as the files in flight.
     std::erase_if(writing, [](const Write& w) {
         return w.done.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     });
@@ -141,7 +140,7 @@ void BatchLanes::run(BatchLane lane, const QString& dest, std::function<void()> 
         } catch (...) {
             // A failed file is reported by the work itself; nothing may end the lane's thread.
         }
-        held->release(); // the lane is free before the thread takes up anything else
+        held->release(); // the slot is free before the thread takes up anything else
     });
     writing.push_back({QFileInfo(dest).fileName(), task->get_future().share()});
     start([task] { (*task)(); });
@@ -154,9 +153,9 @@ void BatchLanes::drain() {
     }
     for (auto& [index, read] : ahead) {
         read.wait();
-        memory.release(bytesOf(index)); // unused reads give their memory and lanes back
+        memory.release(bytesOf(index)); // unused reads give their memory and slots back
     }
-    freeLanes.release(std::ptrdiff_t(ahead.size()));
+    freeSlots.release(std::ptrdiff_t(ahead.size()));
     ahead.clear();
     estimates.clear();
     writing.clear();

@@ -24,22 +24,23 @@ struct SourceRead {
     QRectF bounds;
 };
 
-// One of the batch's lanes, held by a file from the moment its source is read until its output
-// is written. Moving it hands the lane on; letting it go frees the lane for the next file.
-using LaneCount = std::counting_semaphore<>;
+// A file's slot among the batch's files in flight, held from the moment its source is read
+// until its output is written. Moving it hands the slot on; letting it go frees the slot for the
+// next file.
+using SlotCount = std::counting_semaphore<>;
 
 class BatchLane {
 public:
     BatchLane() = default;
-    BatchLane(LaneCount* lanes, BatchMemory* memory, int64_t bytes)
-        : lanes(lanes), memory(memory), bytes(bytes) {}
+    BatchLane(SlotCount* inFlight, BatchMemory* memory, int64_t bytes)
+        : inFlight(inFlight), memory(memory), bytes(bytes) {}
     BatchLane(BatchLane&& other) noexcept
-        : lanes(std::exchange(other.lanes, nullptr)), memory(std::exchange(other.memory, nullptr)),
-          bytes(std::exchange(other.bytes, 0)) {}
+        : inFlight(std::exchange(other.inFlight, nullptr)),
+          memory(std::exchange(other.memory, nullptr)), bytes(std::exchange(other.bytes, 0)) {}
     BatchLane& operator=(BatchLane&& other) noexcept {
         if (this != &other) {
             release();
-            lanes = std::exchange(other.lanes, nullptr);
+            inFlight = std::exchange(other.inFlight, nullptr);
             memory = std::exchange(other.memory, nullptr);
             bytes = std::exchange(other.bytes, 0);
         }
@@ -51,21 +52,21 @@ public:
     void release() {
         if (memory)
             memory->release(bytes);
-        if (lanes)
-            lanes->release();
-        lanes = nullptr;
+        if (inFlight)
+            inFlight->release();
+        inFlight = nullptr;
         memory = nullptr;
         bytes = 0;
     }
 
 private:
-    LaneCount* lanes = nullptr;
+    SlotCount* inFlight = nullptr;
     BatchMemory* memory = nullptr; // where the file's share of the batch's memory is held
     int64_t bytes = 0;
 };
 
 // The lanes of "Convert All": one thread per core, and twice as many files in flight. A file
-// takes a lane when its source is read (ahead of the batch thread, while lanes are free) and
+// takes a slot when its source is read (ahead of the batch thread, while slots are free) and
 // keeps it through drawing and encoding; a file too large to share the batch's memory budget
 // with the files in flight waits for them (see BatchMemory.h). While one thread decodes a large
 // photograph, the other reads the small files after it ahead instead of waiting for the batch
@@ -87,9 +88,9 @@ public:
 
     static int idealLaneCount();
 
-    // The read of `path`, the batch's next file: read ahead on a lane already, or read now on a
-    // lane that frees first. The files after it are read ahead while lanes are free. `lane`
-    // receives the lane the file holds. A path out of the batch's order is read here, laneless.
+    // The read of `path`, the batch's next file: read ahead on a lane already, or read now once
+    // a file slot is free. The files after it are read ahead while slots are free. `lane`
+    // receives the slot the file holds. A path out of the batch's order is read here, slotless.
     SourceRead take(const QString& path, BatchLane& lane);
 
     // Waits for the writes still running whose output is named `fileName` (in any folder): the
@@ -97,7 +98,7 @@ public:
     // file at a time.
     void finishWritesNamed(const QString& fileName);
 
-    // Runs `work` (drawing and encoding of the file) on the file's lane, which it frees when done.
+    // Runs `work` (drawing and encoding of the file) on a lane; the file's slot is freed when done.
     void run(BatchLane lane, const QString& dest, std::function<void()> work);
 
     // Waits until every lane is idle: nothing is read, drawn or written any more.
@@ -112,13 +113,12 @@ private:
 
     const QStringList files;
     const Reader reader;
-    const int laneCount; // threads
-    const int fileSlots; // files in flight: read ahead, or drawn and encoded
-    LaneCount freeLanes;
+    const int fileSlots; // files in flight: read ahead, or drawn and encoded (twice the threads)
+    SlotCount freeSlots;
     const Estimator estimate;
     BatchMemory memory;
     std::map<int, int64_t> estimates;
-    // The lanes' threads live for the batch. A task is queued only by a file that holds a lane,
+    // The lanes' threads live for the batch. A task is queued only by a file that holds a slot,
     // so the queue never holds more tasks than there are files in flight.
     std::mutex queueMutex;
     std::condition_variable queued;

@@ -3,6 +3,8 @@
 #include "codec/FileStructures.h"
 #include "codec/FormatRegistry.h"
 #include "codec/GifWriter.h"
+#include "codec/HeaderReaders.h"
+#include "codec/ImageDecoder.h"
 
 #include <QFile>
 #include <QImageReader>
@@ -20,10 +22,14 @@ int64_t BatchMemory::estimate(const QString& path, uint32_t subtype, bool asDeco
             FileStructures::jpegFrame(file, FileStructures::kMaxJpegSegments).value_or(JpegFrame{});
         pixels = int64_t(frame.width) * int64_t(frame.height);
         // A JPEG written as decoded comes as 24-bit colour or 8-bit grey (CMYK goes through 32
-        // bits); everything else, and every picture that is drawn, as 32-bit pixels.
+        // bits) unless it records a resolution other than 72 dpi, which its export scales;
+        // everything else, and every picture that is drawn, as 32-bit pixels.
         const qsizetype components = frame.components.size();
-        if (asDecoded && (components == 1 || components == 3))
-            bytesPerPixel = int(components);
+        if (asDecoded && (components == 1 || components == 3)) {
+            const std::optional<Dpi> dpi = HeaderReaders::jpegDpi(file);
+            if (!dpi || ImageDecoder::pointsArePixels(dpi->x, dpi->y))
+                bytesPerPixel = int(components);
+        }
         if (frame.progressive)
             coefficients = components > 0 ? frame.coefficientBytes() : pixels * 4;
     } else {

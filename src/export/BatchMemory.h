@@ -23,10 +23,10 @@ public:
     void release(int64_t bytes);
 
     // The most a file holds at once, from its header alone: its picture (as 32-bit pixels, or
-    // as the 24-bit colour or 8-bit grey a JPEG is decoded into when it is written as decoded:
-    // `asDecoded`), every coefficient of a progressive JPEG (its decoder keeps them until its
-    // last scan), and what the encoder of `subtype` (the output format's) holds beyond the
-    // picture. 0 when the header tells no size.
+    // as the 24-bit colour or 8-bit grey a JPEG recording 72 dpi or none is decoded into when
+    // it is written as decoded: `asDecoded`), every coefficient of a progressive JPEG (its decoder
+    // keeps them until its last scan), and what the encoder of `subtype` (the output format's)
+    // holds beyond the picture. 0 when the header tells no size.
     static int64_t estimate(const QString& path, uint32_t subtype = 0, bool asDecoded = false);
 
 private:

@@ -9,12 +9,13 @@
 #include "app/TextNumbers.h"
 #include "browse/FolderIndex.h"
 #include "browse/ImageWalk.h"
+#include "codec/FormatRegistry.h"
 #include "codec/GifWriter.h"
 #include "codec/RasterWriters.h"
 #include "codec/SafeReplace.h"
 #include "export/BatchLanes.h"
 #include "export/ConversionJob.h"
-#include "codec/FormatRegistry.h"
+#include "export/ExportRenderer.h"
 #include "export/FormatTable.h"
 #include "view/RotationGeometry.h"
 #include "view/wmfImageView.h"
@@ -98,10 +99,6 @@ namespace {
 // decodes them in the encoders' pixel form when the file before went that way. A wrong guess
 // (the settings changed meanwhile) costs a conversion, never a different result.
 std::atomic<bool> lastFileAsDecoded{true};
-
-bool writtenAsDecoded(float dpi, int degrees) {
-    return dpi == 72.0f && degrees == 0;
-}
 
 // The source's pixels and bounds. Pixels that cannot be decoded have no size to convert at:
 // nothing is drawn for them, whatever their header claims. Runs on any thread.

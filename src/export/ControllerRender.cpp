@@ -53,13 +53,15 @@ bool emptyExportSize(const QRectF& rect) {
 }
 
 // The source's pixels: those the current conversion read before its output path was settled,
-// else a fresh decode.
-DecodedImage sourcePicture(const QString& source) {
+// else a fresh decode in the form the export at `settings` uses it in.
+DecodedImage sourcePicture(const QString& source, const ExportSettings& settings) {
     const ConversionJob* job = currentConversionJob();
     if (job && job->source == source)
         return job->decoded;
     return ImageDecoder::decode(source, ImageDecoder::Colours::Source,
-                                ImageDecoder::Layout::Encoding);
+                                writtenAsDecoded(settings.dpi, settings.degrees)
+                                    ? ImageDecoder::Layout::Encoding
+                                    : ImageDecoder::Layout::Drawing);
 }
 
 void showFailure(Controller& controller, const QString& title, const QString& message) {
@@ -86,7 +88,7 @@ QImage Controller::createCGImage(const QString& source, const QRectF& rect, cons
     QString title;
     QString message;
     try {
-        const DecodedImage decoded = sourcePicture(source);
+        const DecodedImage decoded = sourcePicture(source, settings);
         result = renderExportPicture(decoded, rect, r, format, settings.degrees, scale);
         if (result.isNull()) {
             title = tr("Out of memory");
@@ -137,7 +139,7 @@ int16_t Controller::convertAndSave(const QImage& picture, const QString& destPat
 void Controller::createPDFFile(const QString& source, const QString& toFile, const QRectF& bounds) {
     const ExportSettings settings = exportSettings(*this);
     try {
-        const DecodedImage decoded = sourcePicture(source);
+        const DecodedImage decoded = sourcePicture(source, settings);
         // The page's picture is in sRGB, the colour space of a PDF page without a profile.
         QImage picture = decoded.ok ? decoded.image : QImage();
         ColourProfiles::toSrgb(picture);

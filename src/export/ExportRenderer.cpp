@@ -49,6 +49,11 @@ bool usableAsIs(const DecodedImage& source, uint32_t w, uint32_t h, int format, 
 
 } // namespace
 
+bool writtenAsDecoded(float dpi, int degrees) {
+    // The renderer's scale is dpi / 72: usableAsIs needs it to be 1 and no turn.
+    return dpi == 72.0f && degrees == 0;
+}
+
 QImage renderExportPicture(const DecodedImage& source, const QRectF& rect, const QRectF& r,
                            int format, int degrees, float scale) {
     const uint32_t w = truncatedSide(rect.width());

@@ -12,6 +12,8 @@
 
 #include <Magick++.h>
 
+#include "../view/LoadTestImages.h"
+
 namespace LegacyReadBack {
 
 // "codec_name=png\nwidth=10\nheight=8\n" and the container's name, from ffprobe; empty when it
@@ -53,24 +55,7 @@ inline QImage magickMacPaint(const QString& path) {
     return out;
 }
 
-// The largest difference of any channel of any pixel; 256 when the sizes differ.
-inline int largestDifference(const QImage& a, const QImage& b) {
-    if (a.size() != b.size())
-        return 256;
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    int worst = 0;
-    for (int r = 0; r < x.height(); ++r) {
-        const auto* p = reinterpret_cast<const QRgb*>(x.constScanLine(r));
-        const auto* q = reinterpret_cast<const QRgb*>(y.constScanLine(r));
-        for (int c = 0; c < x.width(); ++c) {
-            worst = std::max({worst, std::abs(qRed(p[c]) - qRed(q[c])),
-                              std::abs(qGreen(p[c]) - qGreen(q[c])),
-                              std::abs(qBlue(p[c]) - qBlue(q[c]))});
-        }
-    }
-    return worst;
-}
+using LoadTestImages::largestDifference;
 
 // The mean of the channel differences, for lossy formats.
 inline double meanDifference(const QImage& a, const QImage& b) {

@@ -1,4 +1,6 @@
+#include "../view/LoadTestImages.h"
 #include "JpegCoefficients.h"
+#include "TurboJpegEncode.h"
 #include "codec/ImageDecoder.h"
 #include "codec/JpegTransform.h"
 
@@ -45,21 +47,6 @@ QImage blockyPicture(int width, int height) {
                                   (bx * by * 37 + 90) % 256));
         }
     return picture;
-}
-
-// Encoded by libjpeg-turbo with the given chroma sampling (TJSAMP_*), optionally progressive.
-QByteArray encode(const QImage& picture, int subsampling, bool progressive = false) {
-    tjhandle tj = tjInitCompress();
-    unsigned char* buffer = nullptr;
-    unsigned long size = 0;
-    const int failed = tjCompress2(tj, picture.constBits(), picture.width(),
-                                   int(picture.bytesPerLine()), picture.height(), TJPF_RGB, &buffer,
-                                   &size, subsampling, 90, progressive ? TJFLAG_PROGRESSIVE : 0);
-    QByteArray bytes =
-        failed ? QByteArray() : QByteArray(reinterpret_cast<char*>(buffer), qsizetype(size));
-    tjFree(buffer);
-    tjDestroy(tj);
-    return bytes;
 }
 
 // The stored pixels, as libjpeg-turbo decodes them, without any EXIF turn. The fast (replicating)
@@ -111,19 +98,7 @@ JpegCoefficients turned(const JpegCoefficients& coefficients, JpegTurn turn) {
     return coefficients;
 }
 
-// The largest difference of a colour channel between two pictures of the same size.
-int largestDifference(const QImage& a, const QImage& b) {
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    int largest = 0;
-    for (int row = 0; row < x.height(); ++row)
-        for (int column = 0; column < x.width(); ++column) {
-            const QRgb p = x.pixel(column, row), q = y.pixel(column, row);
-            largest = std::max({largest, std::abs(qRed(p) - qRed(q)),
-                                std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q))});
-        }
-    return largest;
-}
+using LoadTestImages::largestDifference;
 
 // The number of pixels that differ between two pictures of the same size; -1 for sizes.
 int differingPixels(const QImage& a, const QImage& b) {
@@ -239,7 +214,7 @@ void tst_JpegTransform::turnsAreLosslessPixelForPixel() {
     QFETCH(bool, progressive);
     QFETCH(JpegTurn, turn);
     for (const QImage& picture : {blockyPicture(96, 64), texturedPicture(96, 64)}) {
-        const QByteArray source = encode(picture, subsampling, progressive);
+        const QByteArray source = turboJpeg(picture, TJPF_RGB, subsampling, progressive);
         QVERIFY(!source.isEmpty());
         const QString path = pathOf("photo.jpg");
         QVERIFY(writeAll(path, source));
@@ -270,7 +245,7 @@ void tst_JpegTransform::turnsAreLosslessPixelForPixel() {
 void tst_JpegTransform::exifOrientationIsPartOfTheTurn() {
     // Stored sideways, shown upright by orientation 6 (a quarter turn clockwise). Flat 4:4:4
     // blocks decode to the same values in any decoder, so what is shown compares exactly.
-    const QByteArray source = encode(blockyPicture(96, 64), TJSAMP_444);
+    const QByteArray source = turboJpeg(blockyPicture(96, 64), TJPF_RGB, TJSAMP_444);
     const QString path = pathOf("upright.jpg");
     QVERIFY(writeAll(path, source));
     addCameraMetadata(path, 6, QSize(96, 64), {});
@@ -298,9 +273,9 @@ void tst_JpegTransform::exifOrientationIsPartOfTheTurn() {
 }
 
 void tst_JpegTransform::metadataAndProfileAreKept() {
-    const QByteArray thumbnail = encode(blockyPicture(32, 16), TJSAMP_420);
+    const QByteArray thumbnail = turboJpeg(blockyPicture(32, 16), TJPF_RGB, TJSAMP_420);
     const QString path = pathOf("camera.jpg");
-    QVERIFY(writeAll(path, encode(texturedPicture(96, 64), TJSAMP_420)));
+    QVERIFY(writeAll(path, turboJpeg(texturedPicture(96, 64), TJPF_RGB, TJSAMP_420)));
     addCameraMetadata(path, 1, QSize(96, 64), thumbnail);
     const QByteArray icc = QColorSpace(QColorSpace::DisplayP3).iccProfile();
 
@@ -334,8 +309,8 @@ void tst_JpegTransform::metadataAndProfileAreKept() {
 
 void tst_JpegTransform::damagedFilesAreRefusedUntouched_data() {
     QTest::addColumn<QByteArray>("bytes");
-    const QByteArray good = encode(texturedPicture(96, 64), TJSAMP_420);
-    const QByteArray progressive = encode(texturedPicture(96, 64), TJSAMP_420, true);
+    const QByteArray good = turboJpeg(texturedPicture(96, 64), TJPF_RGB, TJSAMP_420);
+    const QByteArray progressive = turboJpeg(texturedPicture(96, 64), TJPF_RGB, TJSAMP_420, true);
     QTest::newRow("truncated") << good.left(good.size() / 2);
     QTest::newRow("truncated progressive") << progressive.left(progressive.size() * 2 / 3);
     QTest::newRow("header only") << good.left(300);
@@ -379,7 +354,7 @@ void tst_JpegTransform::otherFormatsAreNotJpeg() {
 
 void tst_JpegTransform::partialEdgeBlocksAreTrimmedOnlyWhenAllowed() {
     // 4:2:0 blocks are 16 x 16: 70 x 45 leaves 6 columns and 13 rows in partial blocks.
-    const QByteArray source = encode(blockyPicture(70, 45), TJSAMP_420);
+    const QByteArray source = turboJpeg(blockyPicture(70, 45), TJPF_RGB, TJSAMP_420);
     const QString path = pathOf("odd.jpg");
     QVERIFY(writeAll(path, source));
 
@@ -405,7 +380,7 @@ void tst_JpegTransform::partialEdgeBlocksAreTrimmedOnlyWhenAllowed() {
 }
 
 void tst_JpegTransform::readOnlyFileOrFolderIsLeftAlone() {
-    const QByteArray source = encode(texturedPicture(64, 64), TJSAMP_444);
+    const QByteArray source = turboJpeg(texturedPicture(64, 64), TJPF_RGB, TJSAMP_444);
     const QString path = pathOf("kept.jpg");
     QVERIFY(writeAll(path, source));
     QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
@@ -426,7 +401,7 @@ void tst_JpegTransform::readOnlyFileOrFolderIsLeftAlone() {
 
 void tst_JpegTransform::permissionsAreKept() {
     const QString path = pathOf("shared.jpg");
-    QVERIFY(writeAll(path, encode(texturedPicture(64, 64), TJSAMP_444)));
+    QVERIFY(writeAll(path, turboJpeg(texturedPicture(64, 64), TJPF_RGB, TJSAMP_444)));
     const QFile::Permissions mode = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser |
                                     QFile::WriteUser | QFile::ReadGroup;
     QVERIFY(QFile::setPermissions(path, mode));

@@ -98,6 +98,20 @@ private slots:
             }
     }
 
+    void opaquePictureWithAlphaFormIsWrittenOpaque() {
+        // A scaled, unturned photograph: drawn on a premultiplied bitmap, every pixel opaque.
+        const QImage picture = randomPicture(30, 20, QImage::Format_RGB32)
+                                   .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+        const QImage back = readBack(encoded(picture, 72.0f));
+        QVERIFY(!back.isNull());
+        QVERIFY(!back.hasAlphaChannel()); // three samples a pixel, no extra one
+        QCOMPARE(back.convertToFormat(QImage::Format_RGB32),
+                 picture.convertToFormat(QImage::Format_RGB32));
+        // A picture that does use its alpha keeps it.
+        QVERIFY(readBack(encoded(randomPicture(30, 20, QImage::Format_ARGB32_Premultiplied), 72.0f))
+                    .hasAlphaChannel());
+    }
+
     void colourProfileIsKept() {
         QImage picture = randomPicture(20, 10, QImage::Format_RGB888);
         picture.setColorSpace(QColorSpace(QColorSpace::AdobeRgb));

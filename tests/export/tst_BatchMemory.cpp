@@ -18,9 +18,13 @@
 
 namespace {
 
-QString writeJpeg(const QTemporaryDir& dir, const QString& name, QSize size, bool progressive) {
+// Recording `dpi` (72: one pixel a point, the picture is written as decoded).
+QString writeJpeg(const QTemporaryDir& dir, const QString& name, QSize size, bool progressive,
+                  int dpi = 72) {
     QImage image(size, QImage::Format_RGB32);
     image.fill(qRgb(30, 140, 220));
+    image.setDotsPerMeterX(qRound(dpi / 0.0254));
+    image.setDotsPerMeterY(qRound(dpi / 0.0254));
     const QString path = dir.filePath(name);
     QImageWriter writer(path, "jpeg");
     writer.setProgressiveScanWrite(progressive);
@@ -47,8 +51,14 @@ private slots:
         QCOMPARE(BatchMemory::estimate(baseline, 0, true), int64_t(300 * 200 * 3));
         QCOMPARE(BatchMemory::estimate(progressive, 0, true),
                  int64_t(300 * 200 * 3) + coefficients);
+        // One that records another resolution is scaled, so drawn from 32-bit pixels.
+        const QString dense = writeJpeg(dir, "dense.jpg", QSize(300, 200), false, 300);
+        QVERIFY(!dense.isEmpty());
+        QCOMPARE(BatchMemory::estimate(dense, 0, true), int64_t(300 * 200 * 4));
         QImage grey(64, 48, QImage::Format_Grayscale8);
         grey.fill(128);
+        grey.setDotsPerMeterX(2835);
+        grey.setDotsPerMeterY(2835);
         QVERIFY(grey.save(dir.filePath("grey.jpg")));
         QCOMPARE(BatchMemory::estimate(dir.filePath("grey.jpg"), 0, true), int64_t(64 * 48));
         // Written as GIF, the encoder's indices and dithering copy come on top.

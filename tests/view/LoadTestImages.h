@@ -13,6 +13,9 @@
 #include <QString>
 #include <QtEndian>
 
+#include <algorithm>
+#include <cstdlib>
+
 #include "codec/MagickSupport.h"
 
 namespace LoadTestImages {
@@ -30,6 +33,26 @@ inline QImage twoTone(int w, int h, QColor left, QColor right,
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(0, 0, w / 2, h, left);
     return image;
+}
+
+// The largest difference of any colour channel of any pixel, in 8-bit levels; 256 when the
+// sizes differ.
+inline int largestDifference(const QImage& a, const QImage& b) {
+    if (a.size() != b.size())
+        return 256;
+    const QImage x = a.convertToFormat(QImage::Format_RGB32);
+    const QImage y = b.convertToFormat(QImage::Format_RGB32);
+    int largest = 0;
+    for (int row = 0; row < x.height(); ++row) {
+        const auto* p = reinterpret_cast<const QRgb*>(x.constScanLine(row));
+        const auto* q = reinterpret_cast<const QRgb*>(y.constScanLine(row));
+        for (int col = 0; col < x.width(); ++col) {
+            largest = std::max({largest, std::abs(qRed(p[col]) - qRed(q[col])),
+                                std::abs(qGreen(p[col]) - qGreen(q[col])),
+                                std::abs(qBlue(p[col]) - qBlue(q[col]))});
+        }
+    }
+    return largest;
 }
 
 inline bool writeBytes(const QString& path, const QByteArray& bytes) {

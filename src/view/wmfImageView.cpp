@@ -27,7 +27,6 @@
 
 namespace {
 
-
 // The picture's size from the controller's rectangle. A side above 32767 wraps in the 16-bit
 // rectangle; the picture itself then gives the true size.
 QSizeF pictureSizeOf(const Rect& r, const QImage& picture) {
@@ -104,13 +103,13 @@ void wmfImageView::setImage(const QImage& image) {
     update();
 }
 
-void wmfImageView::adoptDisplayCopy(const QImage& picture, const QImage& copy,
-                                    const QSize& viewPixels) {
+void wmfImageView::adoptDisplayCopy(const QImage& picture, const QImage& copy) {
     if (copy.isNull() || picture.isNull())
         return;
     cache->scaled = copy;
     cache->scaledOf = picture.cacheKey();
-    cache->scaledFor = viewPixels; // drawn only while the view still has this size
+    // Drawn only while the view still has this size.
+    cache->scaledFor = viewDevicePixels(QSizeF(size()), devicePixelRatioF());
 }
 
 void wmfImageView::selectionChanged() {

@@ -13,6 +13,8 @@
 #include "view/GreyTone.h"
 #include "view/wmfImageView.h"
 
+#include "FrameTiming.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -24,51 +26,20 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
 #include <functional>
 #include <vector>
 
 namespace {
 
-double msSince(const QElapsedTimer& timer) {
-    return timer.nsecsElapsed() / 1e6;
-}
-
-// CPU time of the calling thread: what a step costs the GUI thread, whatever else the machine
-// runs meanwhile.
-double threadCpuMs() {
-    timespec t{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec * 1e3 + t.tv_nsec / 1e6;
-}
-
-double median(std::vector<double> values) {
-    if (values.empty())
-        return 0;
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-struct Timing {
-    double wall = 0, cpu = 0; // ms
-};
+using bench::median;
+using bench::Timing;
 
 Timing timeOnce(const std::function<void()>& job) {
-    QElapsedTimer timer;
-    const double cpu = threadCpuMs();
-    timer.start();
-    job();
-    return {msSince(timer), threadCpuMs() - cpu};
+    return bench::timeOnce(job, bench::CpuClock::Thread);
 }
 
 Timing medianOf3(const std::function<void()>& job) {
-    std::vector<double> wall, cpu;
-    for (int i = 0; i < 3; ++i) {
-        const Timing t = timeOnce(job);
-        wall.push_back(t.wall);
-        cpu.push_back(t.cpu);
-    }
-    return {median(wall), median(cpu)};
+    return bench::medianTiming(3, job, bench::CpuClock::Thread);
 }
 
 struct Run {

@@ -3,11 +3,7 @@
 // data). Every call into the library is inside a catch-all block: a damaged block gives less
 // information, never an exception.
 
-#include "codec/ImageMetadata.h"
-#include "codec/PictureInformation.h"
-
-#include <QFile>
-#include <QFileInfo>
+#include "codec/EmbeddedMetadata.h"
 
 #include <cmath>
 #include <optional>
@@ -19,8 +15,6 @@
 
 namespace {
 
-// A file larger than any picture the decoders accept is not handed to exiv2.
-constexpr qint64 kMaxFileBytes = qint64(4) * 1024 * 1024 * 1024;
 // A profile larger than this is damage, not a colour description.
 constexpr long kMaxProfileBytes = 4 * 1024 * 1024;
 
@@ -178,33 +172,22 @@ std::optional<Dpi> dpiOf(const Exiv2::ExifData& exif) {
 } // namespace
 
 EmbeddedMetadata readEmbeddedMetadata(const QString& path) {
-    const QFileInfo info(path);
-    if (!info.isFile() || info.size() <= 0 || info.size() > kMaxFileBytes)
-        return {};
     EmbeddedMetadata result;
-    try {
-        MetadataCarrier::ensureLibraryReady();
-        Exiv2::Image::AutoPtr image =
-            Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString(), false);
-        if (!image.get())
-            return {};
-        image->readMetadata();
-        const Exiv2::ExifData& exif = image->exifData();
+    // A damaged block ends the reading: what was read before it stays.
+    MetadataCarrier::withMetadataOf(path, [&](Exiv2::Image& image) {
+        const Exiv2::ExifData& exif = image.exifData();
         if (!exif.empty()) {
             result.camera = cameraOf(exif);
             result.dpi = dpiOf(exif);
         }
-        if (image->iccProfileDefined()) {
-            const Exiv2::DataBuf* profile = image->iccProfile();
+        if (image.iccProfileDefined()) {
+            const Exiv2::DataBuf* profile = image.iccProfile();
             if (profile && profile->pData_ && profile->size_ > 0 &&
                 profile->size_ <= kMaxProfileBytes)
                 result.iccProfile = QByteArray(reinterpret_cast<const char*>(profile->pData_),
                                                qsizetype(profile->size_));
         }
-    } catch (...) {
-        // Exiv2::Error for damage, std::bad_alloc for a block that claims too much: what was
-        // read before stays.
-    }
+    });
     return result;
 }
 

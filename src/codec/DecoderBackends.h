@@ -1,8 +1,8 @@
 #pragma once
 
 // Private to the decoder chain (ImageDecoder.cpp, MagickDecoder.cpp, PdfDecoder.cpp and the
-// program's own readers in legacy/, and PictureInformation.cpp, which names a file's format as
-// the chain reads it): the later links of the chain and the helpers they share with the first.
+// program's own readers in legacy/): the later links of the chain and the helpers they share
+// with the first.
 
 #include <QImage>
 #include <QSizeF>

@@ -245,29 +245,29 @@ Outcome qtDecode(const QString& path, DecodedImage& out, int maxSide, ImageDecod
     return Outcome::Done;
 }
 
-Outcome qtMeasure(const QString& path, QSizeF& out) {
+// The header as Qt's readers see it; false when none of them reads the file.
+bool qtHeader(const QString& path, ImageDecoder::PictureHeader& header) {
     useOwnTiffHandlers();
     QImageReader reader(path);
     reader.setAutoTransform(true);
     if (!reader.canRead())
-        return Outcome::NotMine;
-    if (!headerAffordable(path, reader.format()))
-        return Outcome::Refused;
-    QSize declared = reader.size();
-    if (declared == QSize(-1, -1))
-        return Outcome::Failed;
-    if (!withinLimits(std::abs(qint64(declared.width())), std::abs(qint64(declared.height()))))
-        return Outcome::Refused;
-    declared = QSize(std::abs(declared.width()), std::abs(declared.height()));
+        return false;
+    header.qtFormat = reader.format();
+    header.affordable = headerAffordable(path, header.qtFormat);
+    if (!header.affordable)
+        return true;
+    const QSize declared = reader.size();
+    if (declared != QSize(-1, -1)) // a negative side (a top-down BMP) counts by its length
+        header.pixels =
+            orientedSize(reader, QSize(std::abs(declared.width()), std::abs(declared.height())));
     bool known = false;
-    const std::optional<Dpi> dpi = headerDpi(path, reader.format(), &known);
-    const QSize pixels = orientedSize(reader, declared);
-    if (known) {
-        out = dpi ? pointSizeFor(pixels, dpi->x, dpi->y) : QSizeF(pixels);
-        return Outcome::Done;
-    }
-    out = QSizeF(pixels);
-    return Outcome::Done;
+    header.dpi = headerDpi(path, header.qtFormat, &known);
+    return true;
+}
+
+// Whether the own reader's measure decodes the whole picture.
+bool measureDecodes(OwnReader own) {
+    return own == OwnReader::QuickTimeImage || own == OwnReader::Flic;
 }
 
 } // namespace
@@ -353,22 +353,40 @@ DecodedImage decodeScaled(const QString& path, int maxSide) {
     return result;
 }
 
+PictureHeader readHeader(const QString& path) {
+    PictureHeader header;
+    if (!isRegularFile(path))
+        return header;
+    header.own = ModernDecoders::readerFor(path);
+    if (header.own != OwnReader::None) {
+        // These formats record no resolution of their own: their size in points is in pixels.
+        if (!measureDecodes(header.own))
+            header.pixels = ModernDecoders::measure(path, header.own).toSize();
+        return header;
+    }
+    if (!qtHeader(path, header))
+        header.pdf = looksLikePdf(path);
+    return header;
+}
+
 QSizeF measure(const QString& path) {
     if (!isRegularFile(path))
         return QSizeF();
-    if (const OwnReader own = ModernDecoders::readerFor(path); own != OwnReader::None)
-        return ModernDecoders::measure(path, own);
-    QSizeF size;
-    switch (qtMeasure(path, size)) {
-    case Outcome::Done:
-        return size;
-    case Outcome::Refused:
+    const PictureHeader header = readHeader(path);
+    if (header.own != OwnReader::None)
+        return measureDecodes(header.own) ? ModernDecoders::measure(path, header.own)
+                                          : QSizeF(header.pixels);
+    const bool qt = !header.qtFormat.isEmpty();
+    if (qt && !header.affordable)
         return QSizeF();
-    case Outcome::NotMine:
-    case Outcome::Failed:
-        break;
+    if (qt && header.pixels != QSize(-1, -1)) {
+        if (!withinLimits(header.pixels.width(), header.pixels.height()))
+            return QSizeF();
+        return header.dpi ? pointSizeFor(header.pixels, header.dpi->x, header.dpi->y)
+                          : QSizeF(header.pixels);
     }
-    if (looksLikePdf(path))
+    // A format Qt has no reader for, or one whose reader could not tell the size: next link.
+    if (header.pdf || (qt && looksLikePdf(path)))
         return pdfMeasure(path);
     return magickMeasure(path);
 }

@@ -5,6 +5,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
+#include "codec/FormatRegistry.h"
+
 // The decoder chain every image file goes through: the formats with readers of their own first
 // (HEIC, AVIF and JPEG XL by content, camera RAW by suffix: ModernDecoders.h), then Qt's image
 // readers (with the image-formats and SVG plugins), then Magick++ for what Qt cannot read, then
@@ -51,6 +55,21 @@ DecodedImage decode(const QString& path, Colours colours = Colours::Display,
 // is large enough, SVG and PDF drawn at that size), else decoded whole and scaled down. Same
 // limits and orientation as decode(), converted for display; pointSize is left empty.
 DecodedImage decodeScaled(const QString& path, int maxSide);
+
+// What a file's header tells, read the way the decoder chain reads the file, before any pixel.
+struct PictureHeader {
+    OwnReader own = OwnReader::None; // the format's own reader, when it has one
+    QByteArray qtFormat;             // Qt's reader's name for the format, when Qt reads it
+    bool pdf = false;                // neither of those, and the file starts as a PDF does
+    bool affordable = true; // false: the header is too costly to parse (FormatRow::headerCheck)
+    QSize pixels;           // upright (EXIF orientation applied); invalid when the header won't
+                            // say, and for QuickTime Image and FLIC, which must be decoded
+    std::optional<Dpi> dpi; // the resolution the header records, for the formats read here
+};
+
+// The header of the file at `path`; nothing of it when the file is no readable regular file.
+// Magick++'s formats and PDF are named only: their sizes come from their own measures.
+PictureHeader readHeader(const QString& path);
 
 // The size in points without decoding the pixels where the format allows; an empty size when
 // the file cannot be read.

@@ -1,4 +1,5 @@
 #include "codec/ImageMetadata.h"
+#include "codec/EmbeddedMetadata.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -45,12 +46,11 @@ void ensureExiv2Ready() {
 // output gets these from its encoder, never from its source.
 bool isLayoutTag(uint16_t tag) {
     static const std::set<uint16_t> tags = {
-        0x00fe, 0x00ff, 0x0100, 0x0101, 0x0102, 0x0103, 0x0106, 0x0107, 0x0108, 0x0109,
-        0x010a, 0x0111, 0x0115, 0x0116, 0x0117, 0x0118, 0x0119, 0x011c, 0x0122, 0x0123,
-        0x0124, 0x0125, 0x012d, 0x013d, 0x013e, 0x013f, 0x0140, 0x0142, 0x0143, 0x0144,
-        0x0145, 0x014a, 0x014c, 0x0152, 0x0153, 0x0154, 0x0155, 0x0156, 0x0200, 0x0201,
-        0x0202, 0x0211, 0x0212, 0x0213, 0x0214, 0x02bc, 0x828d, 0x828e, 0x83bb, 0x8649,
-        0x8773, 0x935c};
+        0x00fe, 0x00ff, 0x0100, 0x0101, 0x0102, 0x0103, 0x0106, 0x0107, 0x0108, 0x0109, 0x010a,
+        0x0111, 0x0115, 0x0116, 0x0117, 0x0118, 0x0119, 0x011c, 0x0122, 0x0123, 0x0124, 0x0125,
+        0x012d, 0x013d, 0x013e, 0x013f, 0x0140, 0x0142, 0x0143, 0x0144, 0x0145, 0x014a, 0x014c,
+        0x0152, 0x0153, 0x0154, 0x0155, 0x0156, 0x0200, 0x0201, 0x0202, 0x0211, 0x0212, 0x0213,
+        0x0214, 0x02bc, 0x828d, 0x828e, 0x83bb, 0x8649, 0x8773, 0x935c};
     return tags.contains(tag) || (tag >= 0xc612 && tag <= 0xc7ff); // and a DNG's own tags
 }
 
@@ -138,25 +138,32 @@ void ensureLibraryReady() {
     ensureExiv2Ready();
 }
 
-ImageMetadata read(const QString& path) {
+bool withMetadataOf(const QString& path, const std::function<void(Exiv2::Image&)>& use) {
     const QFileInfo info(path);
     if (!info.isFile() || info.size() <= 0 || info.size() > kMaxFileBytes)
-        return {};
+        return false;
     try {
         ensureExiv2Ready();
         Exiv2::Image::AutoPtr image =
             Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString(), false);
         if (!image.get())
-            return {};
+            return false;
         image->readMetadata();
-        ImageMetadata metadata;
-        metadata.exif = encodeExif(image->exifData());
-        metadata.xmp = encodeXmp(image->xmpData());
-        metadata.iptc = encodeIptc(image->iptcData());
-        return metadata;
+        use(*image);
+        return true;
     } catch (...) {
-        return {}; // Exiv2::Error for damage, std::bad_alloc for a block that claims too much
+        return false; // Exiv2::Error for damage, std::bad_alloc for a block that claims too much
     }
+}
+
+ImageMetadata read(const QString& path) {
+    ImageMetadata metadata;
+    const bool read = withMetadataOf(path, [&](Exiv2::Image& image) {
+        metadata.exif = encodeExif(image.exifData());
+        metadata.xmp = encodeXmp(image.xmpData());
+        metadata.iptc = encodeIptc(image.iptcData());
+    });
+    return read ? metadata : ImageMetadata{};
 }
 
 ImageMetadata forOutput(const ImageMetadata& source, QSize pixels, float dpi) {

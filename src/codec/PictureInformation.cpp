@@ -3,20 +3,12 @@
 #include <QColorSpace>
 #include <QFile>
 #include <QFileInfo>
-#include <QImageReader>
 
-#include "codec/DecoderBackends.h"
+#include "codec/EmbeddedMetadata.h"
 #include "codec/FormatRegistry.h"
-#include "codec/MagickSupport.h"
-#include "codec/ModernDecoders.h"
+#include "codec/ImageDecoder.h"
 
 namespace {
-
-struct Header {
-    QString format;
-    QSize pixels;
-    std::optional<Dpi> dpi;
-};
 
 // HEIC and AVIF share one reader; the brand of the file's "ftyp" box tells them apart.
 QString heifFormatName(const QString& path) {
@@ -63,46 +55,18 @@ QString qtFormatName(const QByteArray& reader) {
     return QString::fromLatin1(reader).toUpper();
 }
 
-// Through the readers of the decoder chain, in its order, asking each only for its header.
-Header readHeader(const QString& path) {
-    Header header;
-    if (const OwnReader own = ModernDecoders::readerFor(path); own != OwnReader::None) {
-        header.format = ownReaderFormatName(own, path);
-        // These formats record no resolution of their own: their size in points is in pixels.
-        header.pixels = ModernDecoders::measure(path, own).toSize();
-        return header;
-    }
-    useOwnTiffHandlers();
-    QImageReader reader(path);
-    reader.setAutoTransform(true);
-    if (reader.canRead()) {
-        const QByteArray format = reader.format();
-        header.format = qtFormatName(format);
-        const FormatRow* row = FormatRegistry::rowForQtReader(format);
-        QFile file(path);
-        if (row && row->headerCheck && (!file.open(QIODevice::ReadOnly) || !row->headerCheck(file)))
-            return header; // a header too costly to parse: its name is all it gives
-        const QSize declared = reader.size();
-        if (declared.isValid()) {
-            const QSize stored(std::abs(declared.width()), std::abs(declared.height()));
-            header.pixels =
-                reader.transformation().testFlag(QImageIOHandler::TransformationRotate90)
-                    ? stored.transposed()
-                    : stored;
-        }
-        if (row && row->headerDpi && (file.isOpen() || file.open(QIODevice::ReadOnly)))
-            header.dpi = row->headerDpi(file);
-        return header;
-    }
-    if (DecoderBackends::looksLikePdf(path)) {
-        header.format = QStringLiteral("PDF");
-        return header;
-    }
+// The name users know the file's format by, as the decoder chain reads it.
+QString formatName(const QString& path, const ImageDecoder::PictureHeader& header) {
+    if (header.own != OwnReader::None)
+        return ownReaderFormatName(header.own, path);
+    if (!header.qtFormat.isEmpty())
+        return qtFormatName(header.qtFormat);
+    if (header.pdf)
+        return QStringLiteral("PDF");
     // What Magick reads: named after its coder for the suffix; its size comes from the decode.
     const QString suffix = QFileInfo(path).suffix().toLower();
     const QByteArray coder = FormatRegistry::magickCoderForSuffix(suffix);
-    header.format = coder.isEmpty() ? suffix.toUpper() : QString::fromLatin1(coder);
-    return header;
+    return coder.isEmpty() ? suffix.toUpper() : QString::fromLatin1(coder);
 }
 
 } // namespace
@@ -118,8 +82,9 @@ PictureInformation readPictureInformation(const QString& path) {
     if (!info.isReadable())
         return information;
 
-    const Header header = readHeader(path);
-    information.format = header.format;
+    // The header only: QuickTime Image and FLIC, whose size would take a decode, give none.
+    const ImageDecoder::PictureHeader header = ImageDecoder::readHeader(path);
+    information.format = formatName(path, header);
     information.pixels = header.pixels;
     information.dpi = header.dpi;
 

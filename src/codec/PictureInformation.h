@@ -53,12 +53,3 @@ struct PictureInformation {
 // step through a folder of large photographs stays quick. A damaged or hostile file gives what
 // could be read and never an exception, a crash or a hang.
 PictureInformation readPictureInformation(const QString& path);
-
-// The parts of readPictureInformation that read the camera's EXIF data and the embedded colour
-// profile through libexiv2; empty when the file has neither or they cannot be read.
-struct EmbeddedMetadata {
-    CameraData camera;
-    QByteArray iccProfile;
-    std::optional<Dpi> dpi; // the EXIF resolution, for formats without a header reader
-};
-EmbeddedMetadata readEmbeddedMetadata(const QString& path);

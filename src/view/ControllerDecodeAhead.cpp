@@ -29,7 +29,7 @@ DecodedImage Controller::decodeForView(const QString& path) {
         // Nothing is shown, and nothing can be stepped to from here: let the neighbours go.
         decodeAhead->clear();
     } else if (view) {
-        view->adoptDisplayCopy(picture.decoded.image, picture.displayCopy, picture.displayPixels);
+        view->adoptDisplayCopy(picture.decoded.image, picture.displayCopy);
     }
     return std::move(picture.decoded);
 }

@@ -5,7 +5,6 @@
 #include "view/DisplayCopy.h"
 
 #include <QFile>
-#include <QImageReader>
 
 #include <algorithm>
 #include <chrono>
@@ -84,10 +83,8 @@ DecodeAhead::Picture DecodeAhead::take(const QString& path, const ViewShape& vie
             break;
         }
         picture.decoded = it->decoded;
-        if (it->displayPixels == viewDevicePixels(view.size, view.ratio)) {
+        if (it->displayPixels == viewDevicePixels(view.size, view.ratio))
             picture.displayCopy = it->displayCopy;
-            picture.displayPixels = it->displayPixels;
-        }
         if (picture.source != Source::Awaited)
             picture.source = Source::Cache;
         entries.splice(entries.begin(), entries, it); // the current picture comes first
@@ -98,8 +95,6 @@ DecodeAhead::Picture DecodeAhead::take(const QString& path, const ViewShape& vie
 
     const std::optional<FileStamp> before = stampOfFile(path);
     picture.decoded = ImageDecoder::decode(path);
-    if (picture.source != Source::Awaited)
-        picture.source = Source::Decoded;
     {
         std::lock_guard observed(mutex);
         lastTaken = picture.source;
@@ -155,13 +150,6 @@ QStringList DecodeAhead::heldPaths() const {
     return held;
 }
 
-bool DecodeAhead::isIdle() const {
-    std::lock_guard lock(mutex);
-    return !request && !busy && std::none_of(entries.begin(), entries.end(), [](const Entry& e) {
-        return e.state == State::Queued;
-    });
-}
-
 bool DecodeAhead::waitUntilIdle(int timeoutMs) const {
     std::unique_lock lock(mutex);
     return changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] {
@@ -184,10 +172,12 @@ int DecodeAhead::backgroundDecodes() const {
 // -------------------------------------------------------------------------- decoding thread
 
 bool DecodeAhead::fitsAhead(const QString& path) const {
-    // Most formats tell their size from the header; the others are measured once decoded.
-    QImageReader reader(path);
-    const QSize size = reader.size();
-    return !size.isValid() || qint64(size.width()) * size.height() <= maxPixels;
+    // Most formats tell their size from the header; the others are measured once decoded. A
+    // header too costly to parse is refused by the decode as well.
+    const ImageDecoder::PictureHeader header = ImageDecoder::readHeader(path);
+    const QSize size = header.pixels;
+    return header.affordable &&
+           (!size.isValid() || qint64(size.width()) * size.height() <= maxPixels);
 }
 
 DecodeAhead::Prepared DecodeAhead::prepare(const QString& path, const ViewShape& view) const {

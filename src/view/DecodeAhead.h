@@ -58,8 +58,8 @@ public:
 
     struct Picture {
         DecodedImage decoded;
-        QImage displayCopy;  // makeDisplayCopy for `view`; null when none is needed or was made
-        QSize displayPixels; // the view's size in device pixels that the copy was made for
+        QImage displayCopy; // makeDisplayCopy for the view take() was given; null when none is
+                            // needed or was made
         Source source = Source::Decoded;
     };
 
@@ -82,11 +82,10 @@ public:
     void clear();
 
     // ----------------------------------------------------------------- observation (tests)
-    QStringList heldPaths() const; // the pictures ready, current first, in no other order
-    bool isIdle() const;           // nothing queued, decoding or looked for
-    bool waitUntilIdle(int timeoutMs) const;
-    int backgroundDecodes() const;  // decodes the background thread has started
-    Source lastTakenSource() const; // where the latest take() found its picture
+    QStringList heldPaths() const;           // the pictures ready, current first, in no other order
+    bool waitUntilIdle(int timeoutMs) const; // until nothing is queued, decoding or looked for
+    int backgroundDecodes() const;           // decodes the background thread has started
+    Source lastTakenSource() const;          // where the latest take() found its picture
 
 private:
     enum class State { Queued, Decoding, Ready };

@@ -107,13 +107,13 @@ void wmfImageView::setImage(const QImage& image) {
     update();
 }
 
-void wmfImageView::adoptDisplayCopy(const QImage& picture, const QImage& copy,
-                                    const QSize& viewPixels) {
+void wmfImageView::adoptDisplayCopy(const QImage& picture, const QImage& copy) {
     if (copy.isNull() || picture.isNull())
         return;
     cache->scaled = copy;
     cache->scaledOf = picture.cacheKey();
-    cache->scaledFor = viewPixels; // drawn only while the view still has this size
+    // Drawn only while the view still has this size.
+    cache->scaledFor = viewDevicePixels(QSizeF(size()), devicePixelRatioF());
 }
 
 void wmfImageView::selectionChanged() {

@@ -37,9 +37,9 @@ public:
     void setSelectionMarker(std::unique_ptr<CropMarker> marker);
     void takeSelectionColorFrom(const QColor& color);
     void setImage(const QImage& image); // the view's own image, drawn only with no picture
-    // A scaled copy of `picture` made ahead of time for a view of `viewPixels` device pixels
+    // A scaled copy of `picture` made ahead of time for the view at its present size
     // (makeDisplayCopy), drawn instead of making it at the first paint.
-    void adoptDisplayCopy(const QImage& picture, const QImage& copy, const QSize& viewPixels);
+    void adoptDisplayCopy(const QImage& picture, const QImage& copy);
     void selectionChanged();
     void postSelectionChangedNotification();
     bool isContinuous() const { return continuous; }

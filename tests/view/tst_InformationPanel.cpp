@@ -242,14 +242,15 @@ void tst_InformationPanel::hidingKeepsTheFittedView() {
     QTRY_COMPARE(controller->itsPrefDrawer->state(), PrefDrawer::Open);
     QTest::qWait(50);
     const QSize alone = view().size();
-    const QRectF fitted = view().zoomState().isFitted() ? QRectF(QPointF(), alone) : QRectF();
+    QVERIFY(view().zoomState().isFitted());
+    const double fitScale = view().zoomState().fitScale();
     showPanel();
     QTRY_VERIFY(view().width() < alone.width()); // the panel takes room beside the picture
     QVERIFY(dock().width() >= 240);              // room for its rows
     controller->itsMenuItemInformation->trigger();
     QTRY_COMPARE(view().size(), alone);
     QVERIFY(view().zoomState().isFitted());
-    QCOMPARE(QRectF(QPointF(), view().size()), fitted);
+    QCOMPARE(view().zoomState().fitScale(), fitScale); // the picture as large as before
 }
 
 void tst_InformationPanel::shownStateIsKeptForTheNextStart() {

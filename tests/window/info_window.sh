@@ -11,10 +11,6 @@ inside=${3:-}
 
 source "$(dirname "$0")/x_helpers.sh"
 
-crop() { # screenshot x y w h: the crop's grey bytes
-  convert "$1" -crop "${4}x${5}+${2}+${3}" -colorspace gray -depth 8 gray:-
-}
-
 # How many grey levels a crop of the screenshot holds: 1 for a plain area, many for text.
 levels() { # screenshot x y w h
   convert "$1" -crop "${4}x${5}+${2}+${3}" -colorspace gray -format %k info:

@@ -70,9 +70,8 @@ run_in_x() {
 
 run_inside_or_make_work
 export pictures=$work/pictures
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_RUNTIME_DIR" "$pictures" && chmod 700 "$XDG_RUNTIME_DIR"
-unset XDG_DESKTOP_DIR QT_QPA_PLATFORM
+fresh_home
+mkdir -p "$pictures"
 # Six-megapixel pictures: large enough to be drawn from a scaled copy.
 n=1
 for colour in 'rgb(255,0,0)' 'rgb(0,160,0)' 'rgb(0,0,255)' 'rgb(0,255,255)' 'rgb(255,0,255)'; do

@@ -35,10 +35,6 @@ mean_grey() {
   python3 -c 'import sys; d = sys.stdin.buffer.read(); print(sum(d) // len(d))'
 }
 
-crop() { # screenshot x y w h: the crop's grey bytes
-  convert "$1" -crop "${4}x${5}+${2}+${3}" -colorspace gray -depth 8 gray:-
-}
-
 run_in_x() {
   "$app" --no-splash "$pictures/board.png" >"$work/app.log" 2>&1 &
   pid=$!

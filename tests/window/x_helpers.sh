@@ -33,6 +33,10 @@ fresh_home() { # the program gets a home of its own under $work: config, cache a
   unset XDG_DESKTOP_DIR QT_QPA_PLATFORM DESKTOP_STARTUP_ID XDG_ACTIVATION_TOKEN
 }
 
+crop() { # screenshot x y w h: the crop's grey bytes
+  convert "$1" -crop "${4}x${5}+${2}+${3}" -colorspace gray -depth 8 gray:-
+}
+
 run_inside_or_make_work() { # inside the X server: the script's run_in_x, then its end; outside:
   # a fresh $work for the run, removed when the script ends
   if [ "$inside" = inside ]; then

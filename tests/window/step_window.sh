@@ -28,10 +28,16 @@ step_to() {
   xdotool key "$1"
   wait_title "Ormidon: $2" 100 >/dev/null || fail "$1 did not show $2"
   sleep 0.7 # the repaint, and the look-around for the next step
-  import -window root "$shots/step_window_$4.png"
-  local seen
-  seen=$(patch_colour "$shots/step_window_$4.png" "$cx" "$cy")
-  near "$seen" "$3" || fail "after $1 to $2 the picture is $seen, not $3"
+  # On a loaded machine the repaint can come later: look again for up to three seconds.
+  local seen tries=0
+  while :; do
+    import -window root "$shots/step_window_$4.png"
+    seen=$(patch_colour "$shots/step_window_$4.png" "$cx" "$cy")
+    near "$seen" "$3" && break
+    tries=$((tries + 1))
+    [ "$tries" -lt 10 ] || fail "after $1 to $2 the picture is $seen, not $3"
+    sleep 0.3
+  done
 }
 
 run_in_x() {

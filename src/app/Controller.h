@@ -17,7 +17,7 @@
 #include <optional>
 
 #include "app/TPref.h"
-#include "files/FreedesktopTrash.h" // TrashedFile, for the undo list
+#include "files/FreedesktopTrash.h"   // TrashedFile, for the undo list
 #include "thumbs/ScrollNSImageView.h" // the outlet itsImageListView is used through QPointer
 #include "view/Rect.h"
 
@@ -171,19 +171,19 @@ public:
     void monohrome(QObject* sender);
     void focusImageView(); // the main view takes the keyboard for the arrow keys
     // ---------------------------------------------------------------- view/: zoom
-    void addZoomItems(QMenu* viewMenu); // Zoom In, Zoom Out, Actual Size, Fit, and their keys
-    void showZoom();                    // the zoom field follows the main view
+    void addZoomItems(QMenu* viewMenu);    // Zoom In, Zoom Out, Actual Size, Fit, and their keys
+    void showZoom();                       // the zoom field follows the main view
     wmfImageView* activeImageView() const; // the full-screen view while shown, else the main one
     // ---------------------------------------------------------------- app/: full screen
     void addFullScreenItems(QMenu* viewMenu);
-    void fullScreen(QObject* sender);  // toggles
-    void slideshow(QObject* sender);   // full screen, stepping every itsSlideSeconds seconds
+    void fullScreen(QObject* sender); // toggles
+    void slideshow(QObject* sender);  // full screen, stepping every itsSlideSeconds seconds
     // ---------------------------------------------------------------- view/: the Image menu
     void addImageMenu(QMenuBar* menuBar); // Rotate Left/Right, Flip Horizontal/Vertical
     void turnPicture(JpegTurn turn);      // the JPEG file losslessly, any other picture on screen
     bool isImageMenuItem(const QAction* item) const;
     bool imageMenuItemEnabled(const QAction* item) const;
-    void updateImageMenu(); // on every new picture: whether it is a JPEG, and the items' state
+    void updateImageMenu();   // on every new picture: whether it is a JPEG, and the items' state
     bool shownIsJpeg = false; // the shown picture's file is a JPEG (by its content)
 
     // ---------------------------------------------------------------- files/: file actions
@@ -219,6 +219,9 @@ public:
     // ---------------------------------------------------------------- export/: naming
     long getRealExportIndex(const QString& value) const;
     QString findDestination(const QString& source, int format, int index);
+    // The empty output file at the output path of `source` when nothing is there yet; an empty
+    // string, with nothing asked or made, when something is.
+    QString claimFreeDestination(const QString& source, int format);
     void checkDestination();
 
     // ---------------------------------------------------------------- export/: writers, flow
@@ -296,6 +299,9 @@ signals:
     void conversionFailed(const QString& destPath, const QString& reason);
 
 private:
+    // Where the output of `source` in `format` goes: the destination folder (the field's text,
+    // or the command line's) and the output's name. GUI thread.
+    QString outputPath(const QString& source, int format) const;
     QThread* batchThread = nullptr;
     QThreadPool* imageWalkPool = nullptr;   // the image list's walk: one at a time
     GuiInboxBase* imageWalkInbox = nullptr; // the names it finds, on their way to this thread

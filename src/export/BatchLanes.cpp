@@ -61,12 +61,41 @@ int BatchLanes::idealLaneCount() {
     return std::max(1, QThread::idealThreadCount());
 }
 
-std::future<SourceRead> BatchLanes::readOnLane(int index) {
-    auto task = std::make_shared<std::packaged_task<SourceRead()>>(
-        [this, path = files.at(index)] { return reader(path); });
-    std::future<SourceRead> result = task->get_future();
-    start([task] { (*task)(); });
-    return result;
+bool LaneRead::isDone() const {
+    const std::lock_guard lock(mutex);
+    return result.has_value();
+}
+
+SourceRead LaneRead::wait() {
+    std::unique_lock lock(mutex);
+    finished.wait(lock, [this] { return result.has_value(); });
+    SourceRead read = std::move(*result);
+    result = SourceRead{}; // taken: a second wait gets nothing
+    return read;
+}
+
+std::shared_ptr<LaneRead> BatchLanes::readOnLane(int index) {
+    auto read = std::make_shared<LaneRead>();
+    start([this, read, path = files.at(index)] {
+        SourceRead result;
+        try {
+            result = reader(path);
+        } catch (...) { // std::bad_alloc above all: the file cannot be read
+            result = SourceRead{};
+        }
+        std::function<void(SourceRead)> then;
+        {
+            const std::lock_guard lock(read->mutex);
+            if (!read->then) {
+                read->result = std::move(result);
+                read->finished.notify_all();
+                return;
+            }
+            then = std::move(read->then);
+        }
+        then(std::move(result)); // the file's drawing and writing, on this lane
+    });
+    return read;
 }
 
 int64_t BatchLanes::bytesOf(int index) {
@@ -92,34 +121,35 @@ void BatchLanes::readAhead(int after) {
     }
 }
 
-SourceRead BatchLanes::take(const QString& path, BatchLane& lane) {
-    std::future<SourceRead> read;
-    if (next < files.size() && files.at(next) == path) {
-        const int index = next++;
-        if (auto it = ahead.find(index); it != ahead.end()) {
-            read = std::move(it->second);
-            ahead.erase(it);
-        } else {
-            freeSlots.acquire();         // whichever file in flight frees its slot first
-            memory.hold(bytesOf(index)); // and the memory of the files in flight, if need be
-            read = readOnLane(index);
-        }
-        lane = BatchLane(&freeSlots, &memory, bytesOf(index));
-        estimates.erase(index);
-        readAhead(next);
-    } else {
+std::shared_ptr<LaneRead> BatchLanes::takeRead(const QString& path, BatchLane& lane) {
+    if (next >= files.size() || files.at(next) != path) {
         lane = BatchLane();
+        auto read = std::make_shared<LaneRead>();
         try {
-            return reader(path);
-        } catch (const std::exception&) {
-            return SourceRead{};
+            read->result = reader(path);
+        } catch (...) {
+            read->result = SourceRead{};
         }
+        return read;
     }
-    try {
-        return read.get();
-    } catch (const std::exception&) { // std::bad_alloc above all: the file cannot be read
-        return SourceRead{};
+    const int index = next++;
+    std::shared_ptr<LaneRead> read;
+    if (auto it = ahead.find(index); it != ahead.end()) {
+        read = std::move(it->second);
+        ahead.erase(it);
+    } else {
+        freeSlots.acquire();         // whichever file in flight frees its slot first
+        memory.hold(bytesOf(index)); // and the memory of the files in flight, if need be
+        read = readOnLane(index);
     }
+    lane = BatchLane(&freeSlots, &memory, bytesOf(index));
+    estimates.erase(index);
+    readAhead(next);
+    return read;
+}
+
+SourceRead BatchLanes::take(const QString& path, BatchLane& lane) {
+    return takeRead(path, lane)->wait();
 }
 
 void BatchLanes::finishWritesNamed(const QString& fileName) {
@@ -128,22 +158,43 @@ void BatchLanes::finishWritesNamed(const QString& fileName) {
             w.done.wait();
 }
 
-void BatchLanes::run(BatchLane lane, const QString& dest, std::function<void()> work) {
+std::shared_ptr<std::packaged_task<void(SourceRead)>>
+BatchLanes::writeTask(BatchLane lane, const QString& dest, std::function<void(SourceRead)> work) {
     // Finished writes are forgotten, so the table stays as small as the files in flight.
     std::erase_if(writing, [](const Write& w) {
         return w.done.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     });
     auto held = std::make_shared<BatchLane>(std::move(lane));
-    auto task = std::make_shared<std::packaged_task<void()>>([held, work = std::move(work)] {
-        try {
-            work();
-        } catch (...) {
-            // A failed file is reported by the work itself; nothing may end the lane's thread.
-        }
-        held->release(); // the slot is free before the thread takes up anything else
-    });
+    auto task = std::make_shared<std::packaged_task<void(SourceRead)>>(
+        [held, work = std::move(work)](SourceRead read) {
+            try {
+                work(std::move(read));
+            } catch (...) {
+                // A failed file is reported by the work itself; nothing may end the lane's thread.
+            }
+            held->release(); // the slot is free before the thread takes up anything else
+        });
     writing.push_back({QFileInfo(dest).fileName(), task->get_future().share()});
-    start([task] { (*task)(); });
+    return task;
+}
+
+void BatchLanes::run(BatchLane lane, const QString& dest, std::function<void()> work) {
+    auto task = writeTask(std::move(lane), dest, [work = std::move(work)](SourceRead) { work(); });
+    start([task] { (*task)(SourceRead{}); });
+}
+
+void BatchLanes::runAfterRead(std::shared_ptr<LaneRead> read, BatchLane lane, const QString& dest,
+                              std::function<void(SourceRead)> work) {
+    auto task = writeTask(std::move(lane), dest, std::move(work));
+    std::unique_lock lock(read->mutex);
+    if (!read->result) {
+        read->then = [task](SourceRead result) { (*task)(std::move(result)); };
+        return;
+    }
+    SourceRead result = std::move(*read->result);
+    read->result = SourceRead{};
+    lock.unlock();
+    start([task, result = std::move(result)]() mutable { (*task)(std::move(result)); });
 }
 
 void BatchLanes::drain() {
@@ -152,7 +203,7 @@ void BatchLanes::drain() {
         idle.wait(lock, [this] { return queue.empty() && running == 0; });
     }
     for (auto& [index, read] : ahead) {
-        read.wait();
+        read->wait();
         memory.release(bytesOf(index)); // unused reads give their memory and slots back
     }
     freeSlots.release(std::ptrdiff_t(ahead.size()));

@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <semaphore>
 #include <thread>
 #include <vector>
@@ -22,6 +23,21 @@
 struct SourceRead {
     DecodedImage decoded;
     QRectF bounds;
+};
+
+// A file's read on a lane, shared by the batch thread and the lane that reads it. Its result is
+// taken once: by wait(), or by the work BatchLanes::runAfterRead hands it to.
+class LaneRead {
+public:
+    bool isDone() const;
+    SourceRead wait(); // the read's result, once it is there
+
+private:
+    friend class BatchLanes;
+    mutable std::mutex mutex;
+    std::condition_variable finished;
+    std::optional<SourceRead> result;
+    std::function<void(SourceRead)> then; // set while the read runs: the lane goes on with it
 };
 
 // A file's slot among the batch's files in flight, held from the moment its source is read
@@ -88,9 +104,12 @@ public:
 
     static int idealLaneCount();
 
-    // The read of `path`, the batch's next file: read ahead on a lane already, or read now once
-    // a file slot is free. The files after it are read ahead while slots are free. `lane`
-    // receives the slot the file holds. A path out of the batch's order is read here, slotless.
+    // The read of `path`, the batch's next file: read ahead on a lane already, or started now
+    // once a file slot is free; never waited for here. The files after it are read ahead while
+    // slots are free. `lane` receives the slot the file holds. A path out of the batch's order
+    // is read here, slotless, and comes back done.
+    std::shared_ptr<LaneRead> takeRead(const QString& path, BatchLane& lane);
+    // The same, waiting for the read's result.
     SourceRead take(const QString& path, BatchLane& lane);
 
     // Waits for the writes still running whose output is named `fileName` (in any folder): the
@@ -100,12 +119,20 @@ public:
 
     // Runs `work` (drawing and encoding of the file) on a lane; the file's slot is freed when done.
     void run(BatchLane lane, const QString& dest, std::function<void()> work);
+    // Runs `work` with the result of `read`, not yet waited for: on the lane reading it, as soon
+    // as it is read, or queued when it is read already. The batch thread goes on to the next
+    // file meanwhile, so one large file being read holds up none of the files after it.
+    void runAfterRead(std::shared_ptr<LaneRead> read, BatchLane lane, const QString& dest,
+                      std::function<void(SourceRead)> work);
 
     // Waits until every lane is idle: nothing is read, drawn or written any more.
     void drain();
 
 private:
-    std::future<SourceRead> readOnLane(int index);
+    std::shared_ptr<LaneRead> readOnLane(int index);
+    // The file's task, registered as a write of `dest` until it ends; the slot goes when it ends.
+    std::shared_ptr<std::packaged_task<void(SourceRead)>>
+    writeTask(BatchLane lane, const QString& dest, std::function<void(SourceRead)> work);
     int64_t bytesOf(int index); // the file's estimate, made once
     void readAhead(int after);
     void start(std::function<void()> task); // on the lanes' threads, in the order given
@@ -128,7 +155,7 @@ private:
     bool closing = false;
     std::vector<std::thread> threads;
     int next = 0; // index of the file the batch thread takes next
-    std::map<int, std::future<SourceRead>> ahead;
+    std::map<int, std::shared_ptr<LaneRead>> ahead;
     struct Write {
         QString fileName; // the output's name, without its folder
         std::shared_future<void> done;

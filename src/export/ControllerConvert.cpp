@@ -124,11 +124,20 @@ SourceRead readSource(Controller& c, const QString& src, bool asDecoded) {
     return read;
 }
 
-// Takes the file's snapshot: the settings now, and the source's pixels and bounds, read before
-// the output path is settled: the output may be the source itself, and a Yes moves it aside.
-// In a batch the pixels may have been read ahead; `lane` then holds the file's lane.
-ConversionJob startJob(Controller& c, const QString& src, long format, QRectF& bounds,
-                       BatchLane& lane) {
+// A batch's file that cannot be drawn: the empty file at its output path is the one the naming
+// step made for it and goes; what a Yes moved aside comes back, and the batch's summary names
+// the file with `reason`.
+void skipOutput(Controller& c, const QString& destPath, const QString& reason) {
+    const QFileInfo placeholder(destPath);
+    if (placeholder.isFile() && !placeholder.isSymLink() && placeholder.size() == 0)
+        QFile::remove(destPath);
+    c.finishOutput(destPath, reason);
+}
+
+// Takes the file's snapshot of the settings now, and starts its read: in a batch, the pixels
+// may have been read ahead, and `lane` then holds the file's lane. The read is not waited for.
+ConversionJob startJob(Controller& c, const QString& src, BatchLane& lane,
+                       std::shared_ptr<LaneRead>& read) {
     ConversionJob job;
     job.source = src;
     job.inBatch = batchLanes != nullptr;
@@ -143,26 +152,52 @@ ConversionJob startJob(Controller& c, const QString& src, long format, QRectF& b
             return std::tuple<float, int, bool>(resolution, c.getRotation(), strip);
         });
     lastFileAsDecoded = writtenAsDecoded(job.dpi, job.degrees);
-    SourceRead read =
-        batchLanes ? batchLanes->take(src, lane) : readSource(c, src, lastFileAsDecoded);
-    job.decoded = std::move(read.decoded);
-    // The source's metadata, only for an output that carries it; read now, before the output
-    // path is settled and a Yes may move the source aside.
-    const FormatRow* row = FormatRegistry::rowForSubtype(rasterSubtype(int(format)));
-    if (job.decoded.ok && !job.stripMetadata && row && row->holdsMetadata)
-        job.metadata = MetadataCarrier::read(src);
-    bounds = job.decoded.ok ? read.bounds : QRectF(0, 0, 0, 0);
+    if (batchLanes)
+        read = batchLanes->takeRead(src, lane);
     return job;
 }
 
-// A batch's file that cannot be drawn: the empty file at its output path is the one the naming
-// step made for it and goes; what a Yes moved aside comes back, and the batch's summary names
-// the file with `reason`.
-void skipOutput(Controller& c, const QString& destPath, const QString& reason) {
-    const QFileInfo placeholder(destPath);
-    if (placeholder.isFile() && !placeholder.isSymLink() && placeholder.size() == 0)
-        QFile::remove(destPath);
-    c.finishOutput(destPath, reason);
+// The source's pixels and, for an output that carries it, its metadata into `job`, and its
+// bounds in points (empty when it cannot be read). Done before the output path is settled when
+// that path may be the source itself, which a Yes moves aside.
+void completeJob(ConversionJob& job, SourceRead read, long format, QRectF& bounds) {
+    job.decoded = std::move(read.decoded);
+    const FormatRow* row = FormatRegistry::rowForSubtype(rasterSubtype(int(format)));
+    if (job.decoded.ok && !job.stripMetadata && row && row->holdsMetadata)
+        job.metadata = MetadataCarrier::read(job.source);
+    bounds = job.decoded.ok ? read.bounds : QRectF(0, 0, 0, 0);
+}
+
+// Draws the picture of `job` at its resolution and angle and writes it to `dest` in `format`
+// (a raster format); a failure is reported for `dest`. Runs on a lane in a batch.
+void drawAndWrite(Controller& c, ConversionJob& job, const QString& dest, const QRectF& bounds,
+                  long format) {
+    const float s = job.dpi / 72.0f;
+    const QRectF q(0, 0, float(bounds.width()) * s, float(bounds.height()) * s);
+    const QRectF r = rotatedRectBounds(q, float(job.degrees));
+    const ScopedConversionJob drawing(job);
+    if (job.inBatch)
+        encodeOnThisThreadOnly(); // the lanes keep the cores busy already
+    QImage picture = c.createCGImage(job.source, r, q, int(format));
+    job.sourceHasAlpha = job.decoded.image.hasAlphaChannel();
+    job.decoded = DecodedImage{}; // the source's pixels go before the encoder's buffers come
+    if (picture.isNull()) {
+        if (job.inBatch && !job.failure.isEmpty()) {
+            skipOutput(c, dest, job.failure);
+            return;
+        }
+        c.finishOutput(dest, Controller::tr("the picture could not be drawn"));
+        return;
+    }
+    // The one owner now: the resolution and the encoder's pixel form cost no copy.
+    recordResolution(picture, job.dpi);
+    if (isRasterFormat(int(format)))
+        prepareForEncoder(picture, rasterSubtype(int(format)));
+    const int16_t status = c.convertAndSave(picture, dest, int(format));
+    picture = QImage();
+    if (status == kOutOfMemory && !job.inBatch)
+        c.showOutOfMemory();
+    c.finishOutput(dest, writeFailureReason(status));
 }
 
 } // namespace
@@ -179,10 +214,35 @@ void Controller::saveImage(const QString& source, long format) {
     if (src.isEmpty())
         return;
 
-    QRectF bounds;
     BatchLane lane;
-    ConversionJob job = startJob(*this, src, format, bounds, lane);
+    std::shared_ptr<LaneRead> read;
+    ConversionJob job = startJob(*this, src, lane, read);
     const ScopedConversionJob current(job);
+
+    // A batch's file still being read whose output path is free (so that nothing is asked and
+    // nothing is moved aside, the source least of all) goes on without waiting: its lane draws
+    // and writes it once it is read, while this thread takes up the next files.
+    if (read && !read->isDone() && isRasterFormat(int(format)) && IsImageFile(src)) {
+        const QString dest = claimFreeDestination(src, int(format));
+        if (!dest.isEmpty()) {
+            batchLanes->runAfterRead(
+                std::move(read), std::move(lane), dest,
+                [this, job = std::move(job), dest, format](SourceRead sourceRead) mutable {
+                    QRectF bounds;
+                    completeJob(job, std::move(sourceRead), format, bounds);
+                    if (!job.decoded.ok) {
+                        finishOutput(
+                            dest, tr("%1 could not be read").arg(QFileInfo(job.source).fileName()));
+                        return;
+                    }
+                    drawAndWrite(*this, job, dest, bounds, format);
+                });
+            return;
+        }
+    }
+    QRectF bounds;
+    completeJob(job, read ? read->wait() : readSource(*this, src, lastFileAsDecoded), format,
+                bounds);
 
     // The question and the empty output file come before anything is drawn or written. An
     // earlier file of the batch still writing the same name finishes first, so the question
@@ -214,38 +274,13 @@ void Controller::saveImage(const QString& source, long format) {
         return;
     }
 
-    const float s = job.dpi / 72.0f;
-    const QRectF q(0, 0, float(bounds.width()) * s, float(bounds.height()) * s);
-    const QRectF r = rotatedRectBounds(q, float(job.degrees));
-    auto drawAndWrite = [this, job = std::move(job), src, dest, q, r, format]() mutable {
-        const ScopedConversionJob drawing(job);
-        if (job.inBatch)
-            encodeOnThisThreadOnly(); // the lanes keep the cores busy already
-        QImage picture = createCGImage(src, r, q, int(format));
-        job.sourceHasAlpha = job.decoded.image.hasAlphaChannel();
-        job.decoded = DecodedImage{}; // the source's pixels go before the encoder's buffers come
-        if (picture.isNull()) {
-            if (job.inBatch && !job.failure.isEmpty()) {
-                skipOutput(*this, dest, job.failure);
-                return;
-            }
-            finishOutput(dest, tr("the picture could not be drawn"));
-            return;
-        }
-        // The one owner now: the resolution and the encoder's pixel form cost no copy.
-        recordResolution(picture, job.dpi);
-        if (isRasterFormat(int(format)))
-            prepareForEncoder(picture, rasterSubtype(int(format)));
-        const int16_t status = convertAndSave(picture, dest, int(format));
-        picture = QImage();
-        if (status == kOutOfMemory && !job.inBatch)
-            showOutOfMemory();
-        finishOutput(dest, writeFailureReason(status));
-    };
     if (batchLanes)
-        batchLanes->run(std::move(lane), dest, std::move(drawAndWrite));
+        batchLanes->run(std::move(lane), dest,
+                        [this, job = std::move(job), dest, bounds, format]() mutable {
+                            drawAndWrite(*this, job, dest, bounds, format);
+                        });
     else
-        drawAndWrite();
+        drawAndWrite(*this, job, dest, bounds, format);
 }
 
 void Controller::finishOutput(const QString& destPath, const QString& reason) {

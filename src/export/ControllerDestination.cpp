@@ -70,22 +70,38 @@ long Controller::getRealExportIndex(const QString& value) const {
     return formatIndexForCode(value);
 }
 
+namespace {
+
+// The empty file the writers expect. Made only where nothing is: an old file that could not be
+// moved aside is never emptied here (the writers replace it whole). False when something is.
+bool makeEmptyOutput(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        return false;
+    file.close();
+    return true;
+}
+
+} // namespace
+
+QString Controller::outputPath(const QString& source, int format) const {
+    QString src = source;
+    if (src.isEmpty() && itsWmfView)
+        src = itsWmfView->wmfPath();
+    const QString folder = unattended       ? unattended->destFolder
+                           : itsDstFileName ? itsDstFileName->text()
+                                            : QString();
+    return appendComponent(folder, outputFileName(src, format));
+}
+
 QString Controller::findDestination(const QString& source, int format, int /*index*/) {
     // The field's text and the question belong to the GUI thread; the batch thread waits here
     // for the answer, so questions come one at a time and in the order of the files.
     return onGuiThread([&]() -> QString {
-        QString src = source;
-        if (src.isEmpty() && itsWmfView)
-            src = itsWmfView->wmfPath();
-
-        const QString name = outputFileName(src, format);
-        const QString folder = unattended       ? unattended->destFolder
-                               : itsDstFileName ? itsDstFileName->text()
-                                                : QString();
-        const QString path = appendComponent(folder, name);
-
+        const QString path = outputPath(source, format);
         const QFileInfo existing(path);
         if (existing.exists() || existing.isSymLink()) {
+            const QString name = existing.fileName();
             const bool replace =
                 unattended ? unattended->overwrite : askReplace(itsMainWindow, name);
             if (!replace)
@@ -95,13 +111,15 @@ QString Controller::findDestination(const QString& source, int format, int /*ind
             // if none can be written.
             SafeReplace::setAside(path);
         }
-
-        // The empty file the writers expect. Made only where nothing is: an old file that
-        // could not be moved aside is never emptied here (the writers replace it whole).
-        QFile file(path);
-        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-            file.close();
+        makeEmptyOutput(path);
         return path;
+    });
+}
+
+QString Controller::claimFreeDestination(const QString& source, int format) {
+    return onGuiThread([&]() -> QString {
+        const QString path = outputPath(source, format);
+        return makeEmptyOutput(path) ? path : QString();
     });
 }
 

@@ -76,13 +76,16 @@ SourceRead LaneRead::wait() {
 
 std::shared_ptr<LaneRead> BatchLanes::readOnLane(int index) {
     auto read = std::make_shared<LaneRead>();
-    start([this, read, path = files.at(index)] {
+    const int64_t readingOnly = shareOf(index).whileReading;
+    start([this, read, readingOnly, path = files.at(index)] {
         SourceRead result;
         try {
             result = reader(path);
         } catch (...) { // std::bad_alloc above all: the file cannot be read
             result = SourceRead{};
         }
+        if (readingOnly > 0)
+            memory.release(readingOnly); // what only the decoder held is gone
         std::function<void(SourceRead)> then;
         {
             const std::lock_guard lock(read->mutex);
@@ -98,11 +101,17 @@ std::shared_ptr<LaneRead> BatchLanes::readOnLane(int index) {
     return read;
 }
 
-int64_t BatchLanes::bytesOf(int index) {
+BatchMemory::Share BatchLanes::shareOf(int index) {
     auto it = estimates.find(index);
     if (it == estimates.end())
-        it = estimates.emplace(index, estimate ? estimate(files.at(index)) : 0).first;
+        it = estimates.emplace(index, estimate ? estimate(files.at(index)) : BatchMemory::Share())
+                 .first;
     return it->second;
+}
+
+int64_t BatchLanes::afterRead(int index) {
+    const BatchMemory::Share share = shareOf(index);
+    return share.bytes - share.whileReading;
 }
 
 void BatchLanes::readAhead(int after) {
@@ -113,7 +122,7 @@ void BatchLanes::readAhead(int after) {
             continue;
         if (!freeSlots.try_acquire())
             return;
-        if (!memory.tryHold(bytesOf(i))) {
+        if (!memory.tryHold(shareOf(i).bytes)) {
             freeSlots.release();
             return;
         }
@@ -138,11 +147,11 @@ std::shared_ptr<LaneRead> BatchLanes::takeRead(const QString& path, BatchLane& l
         read = std::move(it->second);
         ahead.erase(it);
     } else {
-        freeSlots.acquire();         // whichever file in flight frees its slot first
-        memory.hold(bytesOf(index)); // and the memory of the files in flight, if need be
+        freeSlots.acquire();               // whichever file in flight frees its slot first
+        memory.hold(shareOf(index).bytes); // and the memory of the files in flight, if need be
         read = readOnLane(index);
     }
-    lane = BatchLane(&freeSlots, &memory, bytesOf(index));
+    lane = BatchLane(&freeSlots, &memory, afterRead(index));
     estimates.erase(index);
     readAhead(next);
     return read;
@@ -204,7 +213,7 @@ void BatchLanes::drain() {
     }
     for (auto& [index, read] : ahead) {
         read->wait();
-        memory.release(bytesOf(index)); // unused reads give their memory and slots back
+        memory.release(afterRead(index)); // unused reads give their memory and slots back
     }
     freeSlots.release(std::ptrdiff_t(ahead.size()));
     ahead.clear();

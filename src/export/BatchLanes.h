@@ -92,7 +92,7 @@ private:
 class BatchLanes {
 public:
     using Reader = std::function<SourceRead(const QString& path)>;
-    using Estimator = std::function<int64_t(const QString& path)>; // see BatchMemory::estimate
+    using Estimator = std::function<BatchMemory::Share(const QString& path)>; // BatchMemory.h
 
     BatchLanes(
         QStringList files, Reader reader, int laneCount = idealLaneCount(),
@@ -129,11 +129,12 @@ public:
     void drain();
 
 private:
-    std::shared_ptr<LaneRead> readOnLane(int index);
+    std::shared_ptr<LaneRead> readOnLane(int index); // gives back the share's whileReading
     // The file's task, registered as a write of `dest` until it ends; the slot goes when it ends.
     std::shared_ptr<std::packaged_task<void(SourceRead)>>
     writeTask(BatchLane lane, const QString& dest, std::function<void(SourceRead)> work);
-    int64_t bytesOf(int index); // the file's estimate, made once
+    BatchMemory::Share shareOf(int index); // the file's estimate, made once
+    int64_t afterRead(int index);          // what the file holds once it is read
     void readAhead(int after);
     void start(std::function<void()> task); // on the lanes' threads, in the order given
     void serve();                           // the body of each lane's thread
@@ -144,7 +145,7 @@ private:
     SlotCount freeSlots;
     const Estimator estimate;
     BatchMemory memory;
-    std::map<int, int64_t> estimates;
+    std::map<int, BatchMemory::Share> estimates;
     // The lanes' threads live for the batch. A task is queued only by a file that holds a slot,
     // so the queue never holds more tasks than there are files in flight.
     std::mutex queueMutex;

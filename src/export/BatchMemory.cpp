@@ -9,10 +9,10 @@
 #include <QFile>
 #include <QImageReader>
 
-int64_t BatchMemory::estimate(const QString& path, uint32_t subtype, bool asDecoded) {
+BatchMemory::Share BatchMemory::estimate(const QString& path, uint32_t subtype, bool asDecoded) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return 0;
+        return {};
     int64_t pixels = 0;
     int bytesPerPixel = 4;
     int64_t coefficients = 0;
@@ -41,7 +41,7 @@ int64_t BatchMemory::estimate(const QString& path, uint32_t subtype, bool asDeco
     int64_t bytes = pixels * bytesPerPixel + coefficients;
     if (pixels > 0 && subtype == fourCharCode("GIF "))
         bytes += gifWorkingSet(pixels);
-    return bytes;
+    return Share(bytes, coefficients);
 }
 
 bool BatchMemory::fits(int64_t bytes) const {

@@ -22,12 +22,22 @@ public:
     void hold(int64_t bytes);    // waits until it can be held
     void release(int64_t bytes);
 
+    // What a file holds: `bytes` at most at once, of which `whileReading` only until its read
+    // has ended (a progressive JPEG's coefficients). A plain number is a share held throughout.
+    struct Share {
+        Share(int64_t bytes = 0, int64_t whileReading = 0)
+            : bytes(bytes), whileReading(whileReading) {}
+        int64_t bytes;
+        int64_t whileReading;
+    };
+
     // The most a file holds at once, from its header alone: its picture (as 32-bit pixels, or
     // as the 24-bit colour or 8-bit grey a JPEG recording 72 dpi or none is decoded into when
     // it is written as decoded: `asDecoded`), every coefficient of a progressive JPEG (its decoder
     // keeps them until its last scan), and what the encoder of `subtype` (the output format's)
-    // holds beyond the picture. 0 when the header tells no size.
-    static int64_t estimate(const QString& path, uint32_t subtype = 0, bool asDecoded = false);
+    // holds beyond the picture. 0 when the header tells no size. The coefficients are gone once
+    // the file is read: the share's `whileReading`.
+    static Share estimate(const QString& path, uint32_t subtype = 0, bool asDecoded = false);
 
 private:
     // Within the budget, or nothing else in flight, or a small file (an eighth of the budget at

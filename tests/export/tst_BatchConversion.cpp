@@ -209,8 +209,9 @@ private slots:
         for (const auto& [name, size] : {std::pair{"a.MooV", "width=64\nheight=48"},
                                          std::pair{"b.MooV", "width=80\nheight=60"}}) {
             QProcess probe;
-            probe.start("ffprobe", {"-v", "error", "-show_entries", "stream=codec_name,width,height",
-                                    "-of", "default=nw=1", f.outPath(name)});
+            probe.start("ffprobe",
+                        {"-v", "error", "-show_entries", "stream=codec_name,width,height", "-of",
+                         "default=nw=1", f.outPath(name)});
             QVERIFY(probe.waitForFinished(60000));
             const QString info = QString::fromUtf8(probe.readAllStandardOutput());
             QVERIFY2(info.contains("codec_name=png") && info.contains(size), qPrintable(info));

@@ -1,6 +1,7 @@
 // The batch's lanes: a file whose read is slow holds up none of the files after it when its
 // work is handed on with the read still running, results reach the right work, the batch
-// thread's order of taking stays the folder's, and a file's slot is held until its work ends.
+// thread's order of taking stays the folder's, a file's slot is held until its work ends, and
+// what only a file's read holds goes back to the budget when the read ends.
 
 #include "export/BatchLanes.h"
 
@@ -152,6 +153,29 @@ private slots:
         second.release();
         third.release();
         lanes.drain();
+    }
+
+    void whatOnlyTheReadHoldsIsGivenBackWhenItEnds() {
+        // Two large files that never fit the budget together while being read (a progressive
+        // JPEG's coefficients), but do once the first one is read and only its pixels remain.
+        const QStringList files = {"L1", "L2"};
+        const auto share = [](const QString&) { return BatchMemory::Share(100, 60); };
+        Gate gate;
+        std::atomic<bool> firstWorkEnded{false};
+        BatchLanes lanes(files, readOf, 2, share, 150);
+        BatchLane first;
+        lanes.runAfterRead(lanes.takeRead("L1", first), std::move(first), "L1.out",
+                           [&](SourceRead) {
+                               gate.waitOpen(std::chrono::seconds(20));
+                               firstWorkEnded = true;
+                           });
+        BatchLane second;
+        QVERIFY(lanes.take("L2", second).decoded.ok);
+        QVERIFY(!firstWorkEnded); // read beside the first one's drawing and writing
+        gate.open();
+        second.release();
+        lanes.drain();
+        QVERIFY(firstWorkEnded);
     }
 };
 

@@ -42,27 +42,30 @@ private slots:
         const QString baseline = writeJpeg(dir, "baseline.jpg", QSize(300, 200), false);
         const QString progressive = writeJpeg(dir, "progressive.jpg", QSize(300, 200), true);
         QVERIFY(!baseline.isEmpty() && !progressive.isEmpty());
-        QCOMPARE(BatchMemory::estimate(baseline), int64_t(300 * 200 * 4));
+        QCOMPARE(BatchMemory::estimate(baseline).bytes, int64_t(300 * 200 * 4));
         // Qt writes 4:2:0: the coefficients of 38 x 25 luma blocks and twice 19 x 13 chroma
         // blocks, 64 values of 2 bytes each, stay until the last scan.
         const int64_t coefficients = (38 * 25 + 2 * 19 * 13) * 64 * 2;
-        QCOMPARE(BatchMemory::estimate(progressive), int64_t(300 * 200 * 4) + coefficients);
+        QCOMPARE(BatchMemory::estimate(progressive).bytes, int64_t(300 * 200 * 4) + coefficients);
+        // Those go when the file is read; the pixels stay through its drawing and writing.
+        QCOMPARE(BatchMemory::estimate(progressive).whileReading, coefficients);
+        QCOMPARE(BatchMemory::estimate(baseline).whileReading, int64_t(0));
         // Written as decoded, a colour JPEG comes as 24-bit pixels, a grey one as 8-bit.
-        QCOMPARE(BatchMemory::estimate(baseline, 0, true), int64_t(300 * 200 * 3));
-        QCOMPARE(BatchMemory::estimate(progressive, 0, true),
+        QCOMPARE(BatchMemory::estimate(baseline, 0, true).bytes, int64_t(300 * 200 * 3));
+        QCOMPARE(BatchMemory::estimate(progressive, 0, true).bytes,
                  int64_t(300 * 200 * 3) + coefficients);
         // One that records another resolution is scaled, so drawn from 32-bit pixels.
         const QString dense = writeJpeg(dir, "dense.jpg", QSize(300, 200), false, 300);
         QVERIFY(!dense.isEmpty());
-        QCOMPARE(BatchMemory::estimate(dense, 0, true), int64_t(300 * 200 * 4));
+        QCOMPARE(BatchMemory::estimate(dense, 0, true).bytes, int64_t(300 * 200 * 4));
         QImage grey(64, 48, QImage::Format_Grayscale8);
         grey.fill(128);
         grey.setDotsPerMeterX(2835);
         grey.setDotsPerMeterY(2835);
         QVERIFY(grey.save(dir.filePath("grey.jpg")));
-        QCOMPARE(BatchMemory::estimate(dir.filePath("grey.jpg"), 0, true), int64_t(64 * 48));
+        QCOMPARE(BatchMemory::estimate(dir.filePath("grey.jpg"), 0, true).bytes, int64_t(64 * 48));
         // Written as GIF, the encoder's indices and dithering copy come on top.
-        QCOMPARE(BatchMemory::estimate(baseline, fourCharCode("GIF ")),
+        QCOMPARE(BatchMemory::estimate(baseline, fourCharCode("GIF ")).bytes,
                  int64_t(300 * 200 * 4) + gifWorkingSet(300 * 200));
         QCOMPARE(gifWorkingSet(300 * 200), int64_t(300 * 200 * 17));
         QCOMPARE(gifWorkingSet(5000 * 1000), int64_t(5000 * 1000)); // dithered row by row
@@ -70,15 +73,15 @@ private slots:
         QImage png(100, 50, QImage::Format_ARGB32);
         png.fill(Qt::transparent);
         QVERIFY(png.save(dir.filePath("picture.png")));
-        QCOMPARE(BatchMemory::estimate(dir.filePath("picture.png")), int64_t(100 * 50 * 4));
+        QCOMPARE(BatchMemory::estimate(dir.filePath("picture.png")).bytes, int64_t(100 * 50 * 4));
 
         // No size to tell: nothing held for it.
         QFile junk(dir.filePath("junk.jpg"));
         QVERIFY(junk.open(QIODevice::WriteOnly));
         junk.write("\xff\xd8\xff\xe0\x00\x01 not a JPEG after all");
         junk.close();
-        QCOMPARE(BatchMemory::estimate(junk.fileName()), int64_t(0));
-        QCOMPARE(BatchMemory::estimate(dir.filePath("missing.jpg")), int64_t(0));
+        QCOMPARE(BatchMemory::estimate(junk.fileName()).bytes, int64_t(0));
+        QCOMPARE(BatchMemory::estimate(dir.filePath("missing.jpg")).bytes, int64_t(0));
     }
 
     void admission() {

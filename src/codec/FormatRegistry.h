@@ -27,6 +27,7 @@ enum class Encoder {
     None,   // not written on this platform (yet)
     Qt,     // QImageWriter, by `coder` as Qt's format name
     Magick, // Magick++, by `coder` as Magick's coder name
+    Bmp,    // the program's BMP writer (Qt's for pictures with transparency)
     Gif,    // the program's GIF writer (libimagequant and giflib)
     Png,    // the program's PNG writer (libdeflate)
     Tiff,   // the program's TIFF writer (libtiff)
@@ -86,7 +87,7 @@ inline constexpr FormatRow kRows[] = {
   {"PICS", fourCharCode("PICS"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"SGI ", fourCharCode(".SGI"), kMagick, "SGI",   nullptr, true,  "sgi",                nullptr, "SGI",                      nullptr, nullptr},
   {"8BPS", fourCharCode("8BPS"), kMagick, "PSD",   nullptr, true,  "psd",                nullptr, "PSD",                      nullptr, nullptr, true, true},
-  {"BMPf", fourCharCode("BMPf"), kQt,     "bmp",   nullptr, false, "bmp dib",            "bmp",   "BMP BMP2 BMP3",            bmpDpi, nullptr},
+  {"BMPf", fourCharCode("BMPf"), Encoder::Bmp, "bmp",   nullptr, false, "bmp dib",            "bmp",   "BMP BMP2 BMP3",            bmpDpi, nullptr},
   {"FPix", fourCharCode("FPix"), kNone,   nullptr, nullptr, false, "",                   nullptr, nullptr,                    nullptr, nullptr},
   {"GIF ", fourCharCode("GIF "), Encoder::Gif, "GIF",   nullptr, true,  "gif",                "gif",   "GIF GIF87",                nullptr, nullptr},
   {"JPEG", fourCharCode("JPEG"), kQt,     "jpeg",  nullptr, false, "jpg jpeg jpe",       "jpeg",  "JPEG JPG JPE PJPEG JPS",    jpegDpi, jpegSegmentsWithinBudget, true, true},

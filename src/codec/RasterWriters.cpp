@@ -1,5 +1,6 @@
 #include "codec/RasterWriters.h"
 
+#include "codec/BmpWriter.h"
 #include "codec/ColourProfiles.h"
 #include "codec/FormatRegistry.h"
 #include "codec/GifWriter.h"
@@ -219,6 +220,7 @@ bool rasterWriterExists(uint32_t subtype) {
         return qtCanWrite(row->coder);
     case Encoder::Magick:
         return magickCanWrite(row->coder);
+    case Encoder::Bmp:
     case Encoder::Gif:
     case Encoder::Png:
     case Encoder::Tiff:
@@ -253,6 +255,8 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         switch (row->encoder) {
         case Encoder::Qt:
             return writeWithQt(pixels, path, row->coder, dpi, carried);
+        case Encoder::Bmp:
+            return writeThrough(path, [&](QIODevice& file) { return writeBmp(pixels, file, dpi); });
         case Encoder::Gif:
             return writeThrough(path, [&](QIODevice& file) { return writeGif(pixels, file); });
         case Encoder::Png:

@@ -6,8 +6,8 @@
 
 #include "codec/ImageMetadata.h"
 
-// One encoder per raster subtype of the format table: BMPf and JPEG through Qt's writers;
-// 'GIF ', PNGf and TIFF through the program's own (GifWriter.h, PngWriter.h, TiffWriter.h);
+// One encoder per raster subtype of the format table: JPEG through Qt's writer; BMPf, 'GIF ',
+// PNGf and TIFF through the program's own (BmpWriter.h, GifWriter.h, PngWriter.h, TiffWriter.h);
 // '8BPS' (Photoshop), '.SGI' and 'TPIC' (Targa) through Magick++; WEBP, AVIF, HEIC and 'JXL '
 // through their own libraries (ModernWriters.h); MooV, PNTG, qtif, FLC and SWFL through the
 // program's own writers of the older formats (legacy/LegacyWriters.h).

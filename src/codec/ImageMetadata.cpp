@@ -222,13 +222,17 @@ static Exiv2::ExifData overlaid(const Exiv2::ExifData& encoders, Exiv2::ExifData
     return source;
 }
 
-bool embed(QByteArray& encoded, const ImageMetadata& metadata) {
+bool embed(QByteArray& encoded, const ImageMetadata& metadata,
+           const std::function<void(const char* data, qint64 size)>& write) {
     if (metadata.isEmpty())
-        return true;
+        return false;
+    Exiv2::Image::AutoPtr image;
+    const Exiv2::byte* rewritten = nullptr;
+    long size = 0;
     try {
         ensureExiv2Ready();
-        Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(
-            reinterpret_cast<const Exiv2::byte*>(encoded.constData()), long(encoded.size()));
+        image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(encoded.constData()),
+                                          long(encoded.size()));
         if (!image.get())
             return false;
         // What the encoder wrote (a TIFF's own directory, the profile) is read first and kept;
@@ -239,24 +243,21 @@ bool embed(QByteArray& encoded, const ImageMetadata& metadata) {
             image->setXmpData(decodeXmp(metadata.xmp));
         if (!metadata.iptc.isEmpty())
             image->setIptcData(decodeIptc(metadata.iptc));
-        image->writeMetadata();
+        image->writeMetadata(); // into memory of exiv2's own: `encoded` is no longer read
 
         Exiv2::BasicIo& io = image->io();
         if (io.open() != 0)
             return false;
-        const long size = io.size();
-        if (size <= 0 || io.seek(0, Exiv2::BasicIo::beg) != 0)
+        size = io.size();
+        rewritten = size > 0 ? io.mmap(false) : nullptr;
+        if (!rewritten)
             return false;
-        QByteArray rewritten(qsizetype(size), Qt::Uninitialized);
-        const long got = io.read(reinterpret_cast<Exiv2::byte*>(rewritten.data()), size);
-        io.close();
-        if (got != size)
-            return false;
-        encoded = std::move(rewritten);
-        return true;
     } catch (...) {
         return false;
     }
+    encoded = QByteArray();
+    write(reinterpret_cast<const char*>(rewritten), qint64(size));
+    return true;
 }
 
 } // namespace MetadataCarrier

@@ -4,6 +4,8 @@
 #include <QSize>
 #include <QString>
 
+#include <functional>
+
 // The descriptive metadata of a picture that an output carries: EXIF, XMP and IPTC, each as the
 // bytes a file stores. Writers of formats that hold them give them to their output; writers
 // whose library takes the blocks themselves (an EXIF block for a HEIF container, say) read the
@@ -33,8 +35,12 @@ ImageMetadata read(const QString& path);
 ImageMetadata forOutput(const ImageMetadata& source, QSize pixels, float dpi);
 
 // Writes `metadata` into `encoded`, the complete bytes of a JPEG, PNG, TIFF, WebP or Photoshop
-// file, keeping what the encoder put there (the colour profile, the resolution). False, and
-// `encoded` as it was, when the format is not one of these or the bytes cannot be rewritten.
-bool embed(QByteArray& encoded, const ImageMetadata& metadata);
+// file, keeping what the encoder put there (the colour profile, the resolution), and hands the
+// rewritten file to `write`. The encoder's bytes are let go first (`encoded` is then empty), so
+// that no more than one copy of the file is held when it is written. False, with nothing handed
+// on and `encoded` as it was, when the format is not one of these or the bytes cannot be
+// rewritten.
+bool embed(QByteArray& encoded, const ImageMetadata& metadata,
+           const std::function<void(const char* data, qint64 size)>& write);
 
 } // namespace MetadataCarrier

@@ -88,6 +88,19 @@ int16_t writeBytes(const QString& path, const QByteArray& bytes) {
     });
 }
 
+// The encoded file `bytes` with `metadata` written into it; a refusal of the metadata leaves
+// the picture without it. Only one copy of the file is held once the metadata is in.
+int16_t writeWithMetadata(const QString& path, QByteArray bytes, const ImageMetadata& metadata) {
+    int16_t status = kWriteFailed;
+    const bool embedded =
+        MetadataCarrier::embed(bytes, metadata, [&](const char* data, qint64 size) {
+            status = writeThrough(path, [&](QIODevice& file) -> int16_t {
+                return file.write(data, size) == size ? 0 : kWriteFailed;
+            });
+        });
+    return embedded ? status : writeBytes(path, bytes);
+}
+
 // The program's own PNG and TIFF writers and Qt's: streamed into the file, or, with metadata to
 // carry, encoded in memory so that the metadata goes in before the file appears.
 int16_t writeOwnEncoder(const QString& path, const ImageMetadata& metadata,
@@ -98,10 +111,9 @@ int16_t writeOwnEncoder(const QString& path, const ImageMetadata& metadata,
     buffer.open(QIODevice::ReadWrite); // libtiff reads back what it wrote
     if (const int16_t status = encode(buffer))
         return status;
-    QByteArray bytes = buffer.buffer();
+    QByteArray bytes = std::move(buffer.buffer()); // the buffer keeps no second reference
     buffer.close();
-    MetadataCarrier::embed(bytes, metadata); // a refusal leaves the picture without it
-    return writeBytes(path, bytes);
+    return writeWithMetadata(path, std::move(bytes), metadata);
 }
 
 int16_t writeWithQt(const QImage& picture, const QString& path, const char* name, float dpi,
@@ -172,8 +184,7 @@ int16_t writeWithMagick(const QImage& picture, const QString& path, const char* 
     if (!metadata.isEmpty()) {
         QByteArray bytes(static_cast<const char*>(blob.data()), qsizetype(blob.length()));
         blob = Magick::Blob();
-        MetadataCarrier::embed(bytes, metadata);
-        return writeBytes(path, bytes);
+        return writeWithMetadata(path, std::move(bytes), metadata);
     }
     return writeBytes(path, QByteArray::fromRawData(static_cast<const char*>(blob.data()),
                                                     qsizetype(blob.length())));

@@ -7,7 +7,6 @@
 #include <QImageWriter>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -30,7 +29,7 @@ void put32(std::vector<uint8_t>& out, uint32_t v) {
 std::vector<uint8_t> headers(int w, int h, int bitsPerPixel, uint32_t imageBytes, float dpi) {
     const uint32_t paletteBytes = bitsPerPixel == 8 ? kGreyPaletteBytes : 0;
     const uint32_t offset = kFileHeaderBytes + kInfoHeaderBytes + paletteBytes;
-    const auto ppm = uint32_t(dpi > 0 ? std::lround(double(dpi) / 0.0254) : 0);
+    const auto ppm = uint32_t(dpi > 0 ? dotsPerMetre(dpi) : 0);
     std::vector<uint8_t> out;
     out.reserve(offset);
     out.push_back('B');

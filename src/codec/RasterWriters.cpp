@@ -20,6 +20,7 @@
 
 #include <Magick++.h>
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <functional>
@@ -53,10 +54,6 @@ bool withinMagickLimits(QSize size) {
     return w <= GetMagickResourceLimit(WidthResource) &&
            h <= GetMagickResourceLimit(HeightResource) &&
            w * h <= GetMagickResourceLimit(AreaResource);
-}
-
-int dotsPerMetre(float dpi) {
-    return int(std::lround(double(dpi) / 0.0254));
 }
 
 // The encoders write into a temporary file beside the output, renamed over it only when every
@@ -202,6 +199,11 @@ int16_t writeModern(const QImage& picture, const QString& path, uint32_t subtype
 }
 
 } // namespace
+
+int dotsPerMetre(float dpi) {
+    // An absurd resolution stays within the 32 bits the formats record it in.
+    return int(std::lround(std::clamp(double(dpi) / 0.0254, 0.0, 2147483647.0)));
+}
 
 void prepareForEncoder(QImage& picture, uint32_t subtype) {
     const FormatRow* row = FormatRegistry::rowForSubtype(subtype);

@@ -14,12 +14,12 @@
 
 // Status codes of the raster writers. 0 is success; every failure is negative so that the
 // callers, which only look at zero or not, never mistake one for success.
-constexpr int16_t kNoEncoder = -1;      // no encoder for the subtype on this machine
-constexpr int16_t kNoPicture = -2;      // a null picture or a resolution that is no number
-constexpr int16_t kCannotOpenFile = -3; // missing folder, read-only folder, not a file
-constexpr int16_t kEncoderFailed = -4;  // the encoder refused the picture (policy, size)
-constexpr int16_t kWriteFailed = -5;    // the bytes did not all reach the disk (disk full)
-constexpr int16_t kOutOfMemory = -6;    // the encoder's buffers could not be had
+constexpr int16_t kNoEncoder = -1;         // no encoder for the subtype on this machine
+constexpr int16_t kNoPicture = -2;         // a null picture or a resolution that is no number
+constexpr int16_t kCannotOpenFile = -3;    // missing folder, read-only folder, not a file
+constexpr int16_t kEncoderFailed = -4;     // the encoder refused the picture (policy, size)
+constexpr int16_t kWriteFailed = -5;       // the bytes did not all reach the disk (disk full)
+constexpr int16_t kOutOfMemory = -6;       // the encoder's buffers could not be had
 constexpr int16_t kTooLargeForFormat = -7; // sides or area beyond what the format can hold
 
 // What a writer is told of the source besides the picture drawn from it.
@@ -42,6 +42,9 @@ bool rasterWriterExists(uint32_t subtype);
 // MetadataCarrier::forOutput) is written into formats that hold it, before the file appears.
 int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype, float dpi,
                     const ImageMetadata& metadata = {}, const SourceTraits& source = {});
+
+// `dpi` in pixels per metre, rounded, as every writer records it.
+int dotsPerMetre(float dpi);
 
 // Records `dpi` in the picture's resolution fields, as the writers do. Done by the owner of a
 // large picture before handing it over, so that the writer's own recording copies nothing.

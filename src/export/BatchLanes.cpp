@@ -74,16 +74,19 @@ SourceRead LaneRead::wait() {
     return read;
 }
 
+SourceRead BatchLanes::readNow(const QString& path) const {
+    try {
+        return reader(path);
+    } catch (...) { // std::bad_alloc above all: the file cannot be read
+        return SourceRead{};
+    }
+}
+
 std::shared_ptr<LaneRead> BatchLanes::readOnLane(int index) {
     auto read = std::make_shared<LaneRead>();
     const int64_t readingOnly = shareOf(index).whileReading;
     start([this, read, readingOnly, path = files.at(index)] {
-        SourceRead result;
-        try {
-            result = reader(path);
-        } catch (...) { // std::bad_alloc above all: the file cannot be read
-            result = SourceRead{};
-        }
+        SourceRead result = readNow(path);
         if (readingOnly > 0)
             memory.release(readingOnly); // what only the decoder held is gone
         std::function<void(SourceRead)> then;
@@ -134,11 +137,7 @@ std::shared_ptr<LaneRead> BatchLanes::takeRead(const QString& path, BatchLane& l
     if (next >= files.size() || files.at(next) != path) {
         lane = BatchLane();
         auto read = std::make_shared<LaneRead>();
-        try {
-            read->result = reader(path);
-        } catch (...) {
-            read->result = SourceRead{};
-        }
+        read->result = readNow(path);
         return read;
     }
     const int index = next++;

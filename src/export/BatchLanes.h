@@ -129,6 +129,7 @@ public:
     void drain();
 
 private:
+    SourceRead readNow(const QString& path) const;   // the reader's result; empty if it throws
     std::shared_ptr<LaneRead> readOnLane(int index); // gives back the share's whileReading
     // The file's task, registered as a write of `dest` until it ends; the slot goes when it ends.
     std::shared_ptr<std::packaged_task<void(SourceRead)>>

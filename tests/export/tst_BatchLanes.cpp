@@ -162,13 +162,15 @@ private slots:
         const auto share = [](const QString&) { return BatchMemory::Share(100, 60); };
         Gate gate;
         std::atomic<bool> firstWorkEnded{false};
-        BatchLanes lanes(files, readOf, 2, share, 150);
+        // 160: 100 + 100 while both are read do not fit, 40 + 100 do. Were the coefficients
+        // kept to the end, L2 would be read only once L1's work gave up its gate after 3 s.
+        BatchLanes lanes(files, readOf, 2, share, 160);
         BatchLane first;
-        lanes.runAfterRead(lanes.takeRead("L1", first), std::move(first), "L1.out",
-                           [&](SourceRead) {
-                               gate.waitOpen(std::chrono::seconds(20));
-                               firstWorkEnded = true;
-                           });
+        std::shared_ptr<LaneRead> read = lanes.takeRead("L1", first);
+        lanes.runAfterRead(read, std::move(first), "L1.out", [&](SourceRead) {
+            gate.waitOpen(std::chrono::seconds(3));
+            firstWorkEnded = true;
+        });
         BatchLane second;
         QVERIFY(lanes.take("L2", second).decoded.ok);
         QVERIFY(!firstWorkEnded); // read beside the first one's drawing and writing

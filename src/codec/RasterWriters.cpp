@@ -98,14 +98,14 @@ int16_t writeWithMetadata(const QString& path, QByteArray bytes, const ImageMeta
     return embedded ? status : writeBytes(path, bytes);
 }
 
-// The program's own PNG and TIFF writers and Qt's: streamed into the file, or, with metadata to
-// carry, encoded in memory so that the metadata goes in before the file appears.
+// The program's own PNG writer and Qt's: streamed into the file, or, with metadata to carry,
+// encoded in memory so that the metadata goes in before the file appears.
 int16_t writeOwnEncoder(const QString& path, const ImageMetadata& metadata,
                         const std::function<int16_t(QIODevice&)>& encode) {
     if (metadata.isEmpty())
         return writeThrough(path, [&](QIODevice& file) { return encode(file); });
     QBuffer buffer;
-    buffer.open(QIODevice::ReadWrite); // libtiff reads back what it wrote
+    buffer.open(QIODevice::ReadWrite); // an encoder may read back what it wrote
     if (const int16_t status = encode(buffer))
         return status;
     QByteArray bytes = std::move(buffer.buffer()); // the buffer keeps no second reference
@@ -276,8 +276,8 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
             return writeOwnEncoder(path, carried,
                                    [&](QIODevice& file) { return writePng(pixels, file, dpi); });
         case Encoder::Tiff:
-            return writeOwnEncoder(path, carried,
-                                   [&](QIODevice& file) { return writeTiff(pixels, file, dpi); });
+            return writeThrough(
+                path, [&](QIODevice& file) { return writeTiff(pixels, file, dpi, carried); });
         case Encoder::Webp:
         case Encoder::Heif:
         case Encoder::Jxl:

@@ -3,6 +3,7 @@
 #include "codec/MagickSupport.h"
 #include "codec/ModernPixels.h"
 #include "codec/RasterWriters.h"
+#include "codec/TiffMetadata.h"
 
 #include <QColorSpace>
 #include <QIODevice>
@@ -67,7 +68,8 @@ void rowSamples(const QImage& image, int y, int samples, uint8_t* out) {
 
 } // namespace
 
-int16_t writeTiff(const QImage& picture, QIODevice& file, float dpi) {
+int16_t writeTiff(const QImage& picture, QIODevice& file, float dpi,
+                  const ImageMetadata& metadata) {
     const QImage image = ModernPixels::rowReadable(picture);
     if (image.isNull())
         return kOutOfMemory;
@@ -82,8 +84,11 @@ int16_t writeTiff(const QImage& picture, QIODevice& file, float dpi) {
     if (double(rowBytes) * h > 4.0e9)
         return kTooLargeForFormat;
 
+    if (!TiffMetadata::placeExifBlock(file, metadata))
+        return kWriteFailed;
     useOwnTiffHandlers(); // a failure shows in the status, never on the terminal
-    TIFF* tiff = TIFFClientOpen("picture", "w", &file, readProc, writeProc, seekProc, closeProc,
+    // Little-endian, as the EXIF block placed before it.
+    TIFF* tiff = TIFFClientOpen("picture", "wl", &file, readProc, writeProc, seekProc, closeProc,
                                 sizeProc, mapProc, unmapProc);
     if (!tiff)
         return kWriteFailed;
@@ -112,6 +117,8 @@ int16_t writeTiff(const QImage& picture, QIODevice& file, float dpi) {
         image.colorSpace().isValid() ? image.colorSpace().iccProfile() : QByteArray();
     if (ok && !icc.isEmpty())
         ok = TIFFSetField(tiff, TIFFTAG_ICCPROFILE, uint32_t(icc.size()), icc.constData());
+    if (ok)
+        ok = TiffMetadata::setFields(tiff, metadata);
     if (!ok)
         return kEncoderFailed;
 

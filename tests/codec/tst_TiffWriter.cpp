@@ -1,6 +1,7 @@
 // The TIFF writer, read back by Qt's TIFF reader: every pixel form it takes, odd widths (rows
 // with padding), both alpha forms, the resolution and the colour profile, and a device that
-// refuses the bytes.
+// refuses the bytes. The EXIF, XMP and IPTC it carries are read back by libtiff itself and by
+// libexiv2; a damaged EXIF block costs the metadata, never the picture.
 
 #include "codec/RasterWriters.h"
 #include "codec/TiffWriter.h"
@@ -9,7 +10,15 @@
 #include <QColorSpace>
 #include <QImageReader>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QtTest>
+
+#include <tiffio.h>
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+#include <exiv2/exiv2.hpp>
+#pragma GCC diagnostic pop
 
 namespace {
 
@@ -34,13 +43,53 @@ QImage readBack(QByteArray bytes) {
     return reader.read();
 }
 
-QByteArray encoded(const QImage& picture, float dpi) {
+QByteArray encoded(const QImage& picture, float dpi, const ImageMetadata& metadata = {}) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadWrite);
-    if (writeTiff(picture, buffer, dpi) != 0)
+    buffer.open(QIODevice::WriteOnly); // as the output file: libtiff only writes
+    if (writeTiff(picture, buffer, dpi, metadata) != 0)
         return QByteArray();
     return bytes;
+}
+
+// A photograph's metadata as a camera and an editor leave it: texts libtiff knows (the camera,
+// the author), tags it does not know (a rating, a title stored as UTF-16 bytes), the EXIF
+// directory with its interoperability directory, a GPS position, XMP and IPTC.
+ImageMetadata cameraMetadata() {
+    Exiv2::ExifData exif;
+    exif["Exif.Image.Make"] = "Testcam";
+    exif["Exif.Image.Artist"] = "Ada Photographer";
+    exif["Exif.Image.Orientation"] = uint16_t(1);
+    exif["Exif.Image.Rating"] = uint16_t(4);
+    Exiv2::Value::AutoPtr title = Exiv2::Value::create(Exiv2::unsignedByte);
+    title->read("72 0 105 0 0 0"); // "Hi" in UTF-16
+    exif.add(Exiv2::ExifKey("Exif.Image.XPTitle"), title.get());
+    exif["Exif.Photo.DateTimeOriginal"] = "2024:05:01 10:20:30";
+    exif["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 250);
+    exif["Exif.Iop.InteroperabilityIndex"] = "R98";
+    exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
+    exif["Exif.GPSInfo.GPSLatitude"] = "48/1 51/1 24/1";
+    Exiv2::Blob blob;
+    Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, exif);
+
+    Exiv2::XmpData xmp;
+    xmp["Xmp.dc.creator"] = "Ada Photographer";
+    std::string packet;
+    Exiv2::XmpParser::encode(packet, xmp);
+    Exiv2::IptcData iptc;
+    iptc["Iptc.Application2.Keywords"] = "harbour";
+    const Exiv2::DataBuf datasets = Exiv2::IptcParser::encode(iptc);
+
+    ImageMetadata metadata;
+    metadata.exif = QByteArray(reinterpret_cast<const char*>(blob.data()), qsizetype(blob.size()));
+    metadata.xmp = QByteArray::fromStdString(packet);
+    metadata.iptc = QByteArray(reinterpret_cast<const char*>(datasets.pData_), datasets.size_);
+    return metadata;
+}
+
+QString exivValue(const Exiv2::ExifData& exif, const char* key) {
+    const auto it = exif.findKey(Exiv2::ExifKey(key));
+    return it == exif.end() ? QString() : QString::fromStdString(it->toString());
 }
 
 } // namespace
@@ -118,6 +167,80 @@ private slots:
         const QImage back = readBack(encoded(picture, 72.0f));
         QVERIFY(back.colorSpace().isValid());
         QCOMPARE(back.colorSpace().primaries(), QColorSpace::Primaries::AdobeRgb);
+    }
+
+    void metadataIsStreamedIntoTheFile() {
+        const QImage picture = randomPicture(61, 2000, QImage::Format_RGB888);
+        const QByteArray bytes = encoded(picture, 150.0f, cameraMetadata());
+        QVERIFY(!bytes.isEmpty());
+        QCOMPARE(readBack(bytes).convertToFormat(QImage::Format_RGB888), picture);
+
+        // libtiff finds the EXIF and GPS directories where the first directory points.
+        QTemporaryDir dir;
+        const QString path = dir.filePath("camera.tif");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        file.close();
+        TIFF* tiff = TIFFOpen(path.toLocal8Bit().constData(), "r");
+        QVERIFY(tiff);
+        char* make = nullptr;
+        QVERIFY(TIFFGetField(tiff, TIFFTAG_MAKE, &make));
+        QCOMPARE(QString(make), QString("Testcam"));
+        uint32_t width = 0;
+        QVERIFY(TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width));
+        QCOMPARE(int(width), 61);
+        toff_t exifOffset = 0;
+        QVERIFY(TIFFGetField(tiff, TIFFTAG_EXIFIFD, &exifOffset));
+        QVERIFY(TIFFReadEXIFDirectory(tiff, exifOffset));
+        char* taken = nullptr;
+        QVERIFY(TIFFGetField(tiff, EXIFTAG_DATETIMEORIGINAL, &taken));
+        QCOMPARE(QString(taken), QString("2024:05:01 10:20:30"));
+        TIFFClose(tiff);
+
+        // libexiv2 reads every block, the tags libtiff does not know included.
+        auto image = Exiv2::ImageFactory::open(
+            reinterpret_cast<const Exiv2::byte*>(bytes.constData()), long(bytes.size()));
+        image->readMetadata();
+        const Exiv2::ExifData& exif = image->exifData();
+        QCOMPARE(exivValue(exif, "Exif.Image.Artist"), QString("Ada Photographer"));
+        QCOMPARE(exivValue(exif, "Exif.Image.Orientation"), QString("1"));
+        QCOMPARE(exivValue(exif, "Exif.Image.Rating"), QString("4"));
+        QCOMPARE(exivValue(exif, "Exif.Image.XPTitle"), QString("72 0 105 0 0 0"));
+        QCOMPARE(exivValue(exif, "Exif.Image.XResolution"), QString("150/1"));
+        QCOMPARE(exivValue(exif, "Exif.Photo.ExposureTime"), QString("1/250"));
+        QCOMPARE(exivValue(exif, "Exif.Iop.InteroperabilityIndex"), QString("R98"));
+        QCOMPARE(exivValue(exif, "Exif.GPSInfo.GPSLatitude"), QString("48/1 51/1 24/1"));
+        QCOMPARE(QString::fromStdString(image->xmpData()["Xmp.dc.creator"].toString()),
+                 QString("Ada Photographer"));
+        QCOMPARE(QString::fromStdString(image->iptcData()["Iptc.Application2.Keywords"].toString()),
+                 QString("harbour"));
+    }
+
+    void damagedExifBlockCostsOnlyTheMetadata_data() {
+        QTest::addColumn<QByteArray>("block");
+        const QByteArray good = cameraMetadata().exif;
+        QTest::newRow("truncated") << good.left(good.size() / 2);
+        QTest::newRow("big-endian header") << QByteArray("MM\0*\0\0\0\x08", 8) + good.mid(8);
+        QByteArray farDirectory = good;
+        farDirectory[4] = '\xff';
+        farDirectory[7] = '\x7f';
+        QTest::newRow("directory past the end") << farDirectory;
+        QByteArray manyEntries("II*\0\x08\0\0\0\xff\xff", 10);
+        manyEntries += QByteArray(40, '\x11');
+        QTest::newRow("65535 entries") << manyEntries;
+        QByteArray farValues = good;
+        for (int i = 10; i + 12 <= 10 + 12 * 4; i += 12) // the entries' values point far away
+            farValues.replace(i + 8, 4, QByteArray("\xf0\xff\xff\x7f", 4));
+        QTest::newRow("values past the end") << farValues;
+        QTest::newRow("noise") << QByteArray(300, '\x5a');
+    }
+    void damagedExifBlockCostsOnlyTheMetadata() {
+        QFETCH(QByteArray, block);
+        ImageMetadata metadata;
+        metadata.exif = block;
+        const QImage picture = randomPicture(33, 20, QImage::Format_RGB888);
+        const QImage back = readBack(encoded(picture, 72.0f, metadata));
+        QCOMPARE(back.convertToFormat(QImage::Format_RGB888), picture);
     }
 
     void refusedBytesAreAFailure() {

@@ -2,6 +2,7 @@
 
 #include "codec/BandedDeflate.h"
 #include "codec/ModernPixels.h"
+#include "codec/PngChunks.h"
 #include "codec/RasterWriters.h"
 
 #include <QColorSpace>
@@ -135,7 +136,8 @@ private:
     std::array<std::vector<uint8_t>, 4> candidates;
 };
 
-bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dpi) {
+bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dpi,
+                 const ImageMetadata& metadata) {
     static const uint8_t signature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
     if (file.write(reinterpret_cast<const char*>(signature), 8) != 8)
         return false;
@@ -151,19 +153,9 @@ bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dp
         image.colorSpace().isValid() ? image.colorSpace().iccProfile() : QByteArray();
     if (!icc.isEmpty()) {
         // A name, its terminator, the compression method (0, zlib) and the compressed profile.
-        QByteArray iccp("ICC Profile", 12);
-        iccp.append(char(0));
-        libdeflate_compressor* compressor = libdeflate_alloc_compressor(kDeflateLevel);
-        if (!compressor)
-            return false;
-        const size_t bound = libdeflate_zlib_compress_bound(compressor, size_t(icc.size()));
-        const qsizetype at = iccp.size();
-        iccp.resize(at + qsizetype(bound));
-        const size_t packed = libdeflate_zlib_compress(compressor, icc.constData(),
-                                                       size_t(icc.size()), iccp.data() + at, bound);
-        libdeflate_free_compressor(compressor);
-        iccp.resize(at + qsizetype(packed));
-        if (packed == 0 || !writeChunk(file, "iCCP", iccp))
+        const QByteArray packed = PngChunks::zlibPacked(icc);
+        if (packed.isEmpty() ||
+            !writeChunk(file, "iCCP", QByteArray("ICC Profile\0\0", 13) + packed))
             return false;
     }
 
@@ -177,6 +169,11 @@ bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dp
         putBigEndian(phys + 4, uint32_t(dpmY));
         phys[8] = 1; // per metre
         if (!writeChunk(file, "pHYs", phys, sizeof phys))
+            return false;
+    }
+
+    for (const PngChunks::Chunk& chunk : PngChunks::metadataChunks(metadata)) {
+        if (!writeChunk(file, chunk.type, chunk.data))
             return false;
     }
 
@@ -196,7 +193,7 @@ bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dp
 
 } // namespace
 
-int16_t writePng(const QImage& picture, QIODevice& file, float dpi) {
+int16_t writePng(const QImage& picture, QIODevice& file, float dpi, const ImageMetadata& metadata) {
     if (picture.isNull())
         return kNoPicture;
     const QImage image = ModernPixels::rowReadable(picture);
@@ -211,7 +208,7 @@ int16_t writePng(const QImage& picture, QIODevice& file, float dpi) {
     const size_t bpp = type == kGrey ? 1 : type == kRgb ? 3 : 4;
     const size_t rowBytes = size_t(image.width()) * bpp;
 
-    if (!writeHeader(file, image, type, dpi))
+    if (!writeHeader(file, image, type, dpi, metadata))
         return kWriteFailed;
 
     std::vector<uint8_t> previous(rowBytes, 0);

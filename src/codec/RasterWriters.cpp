@@ -98,12 +98,23 @@ int16_t writeWithMetadata(const QString& path, QByteArray bytes, const ImageMeta
     return embedded ? status : writeBytes(path, bytes);
 }
 
-// The program's own PNG writer and Qt's: streamed into the file, or, with metadata to carry,
-// encoded in memory so that the metadata goes in before the file appears.
-int16_t writeOwnEncoder(const QString& path, const ImageMetadata& metadata,
-                        const std::function<int16_t(QIODevice&)>& encode) {
+int16_t writeWithQt(const QImage& picture, const QString& path, const char* name, float dpi,
+                    const ImageMetadata& metadata) {
+    // Shares the pixels; a picture whose resolution is not yet recorded is copied here, so
+    // callers that own a large picture record it first (recordResolution).
+    QImage image = picture;
+    recordResolution(image, dpi);
+    const auto encode = [&](QIODevice& device) -> int16_t {
+        QImageWriter writer(&device, name);
+        if (writer.write(image))
+            return 0;
+        return writer.error() == QImageWriter::DeviceError ? kWriteFailed : kEncoderFailed;
+    };
+    // Without metadata straight into the file: the encoders stream their rows, so no second
+    // copy of the encoded picture is held in memory. With metadata, encoded in memory so that
+    // the metadata goes in before the file appears.
     if (metadata.isEmpty())
-        return writeThrough(path, [&](QIODevice& file) { return encode(file); });
+        return writeThrough(path, encode);
     QBuffer buffer;
     buffer.open(QIODevice::ReadWrite); // an encoder may read back what it wrote
     if (const int16_t status = encode(buffer))
@@ -111,22 +122,6 @@ int16_t writeOwnEncoder(const QString& path, const ImageMetadata& metadata,
     QByteArray bytes = std::move(buffer.buffer()); // the buffer keeps no second reference
     buffer.close();
     return writeWithMetadata(path, std::move(bytes), metadata);
-}
-
-int16_t writeWithQt(const QImage& picture, const QString& path, const char* name, float dpi,
-                    const ImageMetadata& metadata) {
-    // Shares the pixels; a picture whose resolution is not yet recorded is copied here, so
-    // callers that own a large picture record it first (recordResolution).
-    QImage image = picture;
-    recordResolution(image, dpi);
-    // Without metadata straight into the file: the encoders stream their rows, so no second
-    // copy of the encoded picture is held in memory.
-    return writeOwnEncoder(path, metadata, [&](QIODevice& device) -> int16_t {
-        QImageWriter writer(&device, name);
-        if (writer.write(image))
-            return 0;
-        return writer.error() == QImageWriter::DeviceError ? kWriteFailed : kEncoderFailed;
-    });
 }
 
 // A Magick picture holding the pixels of `argb` (ARGB32), or null when Magick cannot hold
@@ -273,8 +268,8 @@ int16_t writeRaster(const QImage& picture, const QString& path, uint32_t subtype
         case Encoder::Gif:
             return writeThrough(path, [&](QIODevice& file) { return writeGif(pixels, file); });
         case Encoder::Png:
-            return writeOwnEncoder(path, carried,
-                                   [&](QIODevice& file) { return writePng(pixels, file, dpi); });
+            return writeThrough(
+                path, [&](QIODevice& file) { return writePng(pixels, file, dpi, carried); });
         case Encoder::Tiff:
             return writeThrough(
                 path, [&](QIODevice& file) { return writeTiff(pixels, file, dpi, carried); });

@@ -1,8 +1,10 @@
 // The PNG writer: pictures of every pixel form the renderer and the decoders hand it, written
 // and read back by Qt's reader and by Magick's (libpng), pixel for pixel; the stream checked by
 // zlib on its own; the resolution, the colour profile and the texts; pictures whose rows span
-// several bands or one band each; a device that fails.
+// several bands or one band each; the EXIF, XMP and IPTC chunks read back by libexiv2 and
+// Magick; a device that fails.
 
+#include "SampleMetadata.h"
 #include "codec/MagickSupport.h"
 #include "codec/PngWriter.h"
 #include "codec/RasterWriters.h"
@@ -36,11 +38,12 @@ QImage photoLike(int w, int h, QImage::Format format, bool varyAlpha = false) {
     return image.convertToFormat(format);
 }
 
-QByteArray encode(const QImage& picture, float dpi = 72.0f, int16_t* status = nullptr) {
+QByteArray encode(const QImage& picture, float dpi = 72.0f, int16_t* status = nullptr,
+                  const ImageMetadata& metadata = {}) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    const int16_t s = writePng(picture, buffer, dpi);
+    const int16_t s = writePng(picture, buffer, dpi, metadata);
     if (status)
         *status = s;
     return bytes;
@@ -226,6 +229,20 @@ private slots:
         picture.setDotsPerMeterX(11811); // 300 dpi
         picture.setDotsPerMeterY(11811);
         QCOMPARE(readWithQt(encode(picture, 0.0f)).dotsPerMeterX(), 11811);
+    }
+
+    void metadataChunks() {
+        const QImage picture = photoLike(300, 200, QImage::Format_RGB888);
+        const QByteArray png = encode(picture, 72.0f, nullptr, cameraMetadata());
+        QCOMPARE(readWithMagick(png), picture.convertToFormat(QImage::Format_ARGB32));
+        QString missing;
+        QVERIFY2(carriesCameraMetadata(png, &missing), qPrintable(missing));
+        // ImageMagick's reader finds the EXIF and IPTC profiles in their raw-profile chunks.
+        ensureMagickInitialised();
+        Magick::Image image;
+        image.read(Magick::Blob(png.constData(), size_t(png.size())));
+        QCOMPARE(QString::fromStdString(image.attribute("exif:Make")), QString("Testcam"));
+        QVERIFY(image.iptcProfile().length() > 0);
     }
 
     void failuresAreReported() {

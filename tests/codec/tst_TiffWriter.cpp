@@ -3,6 +3,7 @@
 // refuses the bytes. The EXIF, XMP and IPTC it carries are read back by libtiff itself and by
 // libexiv2; a damaged EXIF block costs the metadata, never the picture.
 
+#include "SampleMetadata.h"
 #include "codec/RasterWriters.h"
 #include "codec/TiffWriter.h"
 
@@ -14,11 +15,6 @@
 #include <QtTest>
 
 #include <tiffio.h>
-
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-#include <exiv2/exiv2.hpp>
-#pragma GCC diagnostic pop
 
 namespace {
 
@@ -50,46 +46,6 @@ QByteArray encoded(const QImage& picture, float dpi, const ImageMetadata& metada
     if (writeTiff(picture, buffer, dpi, metadata) != 0)
         return QByteArray();
     return bytes;
-}
-
-// A photograph's metadata as a camera and an editor leave it: texts libtiff knows (the camera,
-// the author), tags it does not know (a rating, a title stored as UTF-16 bytes), the EXIF
-// directory with its interoperability directory, a GPS position, XMP and IPTC.
-ImageMetadata cameraMetadata() {
-    Exiv2::ExifData exif;
-    exif["Exif.Image.Make"] = "Testcam";
-    exif["Exif.Image.Artist"] = "Ada Photographer";
-    exif["Exif.Image.Orientation"] = uint16_t(1);
-    exif["Exif.Image.Rating"] = uint16_t(4);
-    Exiv2::Value::AutoPtr title = Exiv2::Value::create(Exiv2::unsignedByte);
-    title->read("72 0 105 0 0 0"); // "Hi" in UTF-16
-    exif.add(Exiv2::ExifKey("Exif.Image.XPTitle"), title.get());
-    exif["Exif.Photo.DateTimeOriginal"] = "2024:05:01 10:20:30";
-    exif["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 250);
-    exif["Exif.Iop.InteroperabilityIndex"] = "R98";
-    exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
-    exif["Exif.GPSInfo.GPSLatitude"] = "48/1 51/1 24/1";
-    Exiv2::Blob blob;
-    Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, exif);
-
-    Exiv2::XmpData xmp;
-    xmp["Xmp.dc.creator"] = "Ada Photographer";
-    std::string packet;
-    Exiv2::XmpParser::encode(packet, xmp);
-    Exiv2::IptcData iptc;
-    iptc["Iptc.Application2.Keywords"] = "harbour";
-    const Exiv2::DataBuf datasets = Exiv2::IptcParser::encode(iptc);
-
-    ImageMetadata metadata;
-    metadata.exif = QByteArray(reinterpret_cast<const char*>(blob.data()), qsizetype(blob.size()));
-    metadata.xmp = QByteArray::fromStdString(packet);
-    metadata.iptc = QByteArray(reinterpret_cast<const char*>(datasets.pData_), datasets.size_);
-    return metadata;
-}
-
-QString exivValue(const Exiv2::ExifData& exif, const char* key) {
-    const auto it = exif.findKey(Exiv2::ExifKey(key));
-    return it == exif.end() ? QString() : QString::fromStdString(it->toString());
 }
 
 } // namespace
@@ -197,23 +153,13 @@ private slots:
         QCOMPARE(QString(taken), QString("2024:05:01 10:20:30"));
         TIFFClose(tiff);
 
-        // libexiv2 reads every block, the tags libtiff does not know included.
-        auto image = Exiv2::ImageFactory::open(
-            reinterpret_cast<const Exiv2::byte*>(bytes.constData()), long(bytes.size()));
-        image->readMetadata();
-        const Exiv2::ExifData& exif = image->exifData();
-        QCOMPARE(exivValue(exif, "Exif.Image.Artist"), QString("Ada Photographer"));
+        // libexiv2 reads every block, the tags libtiff does not know included; the orientation
+        // and the resolution are the writer's.
+        QString missing;
+        QVERIFY2(carriesCameraMetadata(bytes, &missing), qPrintable(missing));
+        const Exiv2::ExifData exif = exivRead(bytes)->exifData();
         QCOMPARE(exivValue(exif, "Exif.Image.Orientation"), QString("1"));
-        QCOMPARE(exivValue(exif, "Exif.Image.Rating"), QString("4"));
-        QCOMPARE(exivValue(exif, "Exif.Image.XPTitle"), QString("72 0 105 0 0 0"));
         QCOMPARE(exivValue(exif, "Exif.Image.XResolution"), QString("150/1"));
-        QCOMPARE(exivValue(exif, "Exif.Photo.ExposureTime"), QString("1/250"));
-        QCOMPARE(exivValue(exif, "Exif.Iop.InteroperabilityIndex"), QString("R98"));
-        QCOMPARE(exivValue(exif, "Exif.GPSInfo.GPSLatitude"), QString("48/1 51/1 24/1"));
-        QCOMPARE(QString::fromStdString(image->xmpData()["Xmp.dc.creator"].toString()),
-                 QString("Ada Photographer"));
-        QCOMPARE(QString::fromStdString(image->iptcData()["Iptc.Application2.Keywords"].toString()),
-                 QString("harbour"));
     }
 
     void damagedExifBlockCostsOnlyTheMetadata_data() {

@@ -59,4 +59,17 @@ void opaqueRow(const QImage& image, int y, uint8_t* out) {
     }
 }
 
+void rgbaRow(const QImage& image, int y, uint8_t* out, bool straight) {
+    const int w = image.width();
+    const auto* px = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+    const bool unpremultiply = straight && image.format() == QImage::Format_ARGB32_Premultiplied;
+    for (int x = 0; x < w; ++x, out += 4) {
+        const QRgb p = unpremultiply ? qUnpremultiply(px[x]) : px[x];
+        out[0] = uint8_t(qRed(p));
+        out[1] = uint8_t(qGreen(p));
+        out[2] = uint8_t(qBlue(p));
+        out[3] = uint8_t(qAlpha(p));
+    }
+}
+
 } // namespace ModernPixels

@@ -24,4 +24,8 @@ QImage rowReadable(const QImage& picture);
 // opaque): one grey byte a pixel for Grayscale8, else R G B.
 void opaqueRow(const QImage& image, int y, uint8_t* out);
 
+// One row of a 32-bit picture as R G B A. A premultiplied picture's colours are unpremultiplied
+// when `straight` (PNG's alpha), left as they are otherwise (TIFF's associated alpha).
+void rgbaRow(const QImage& image, int y, uint8_t* out, bool straight);
+
 } // namespace ModernPixels

@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr int kDeflateLevel = 6;
-
 void appendBigEndian(QByteArray& to, uint32_t value, int bytes) {
     for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
         to.append(char(uint8_t(value >> shift)));

@@ -9,12 +9,16 @@
 // Chunks of a PNG file beyond its pixels, for the PNG writer.
 namespace PngChunks {
 
+// The zlib level of every compressed part of the writer's files: the pixels, the profile, the
+// metadata.
+constexpr int kDeflateLevel = 6;
+
 struct Chunk {
     const char* type; // four letters
     QByteArray data;
 };
 
-// `bytes` compressed as a zlib stream at level 6 (iCCP, zTXt); empty when that fails.
+// `bytes` compressed as one zlib stream (iCCP, zTXt); empty when that fails.
 QByteArray zlibPacked(const QByteArray& bytes);
 
 // The chunks that carry `metadata`, where the common readers look for them: EXIF and IPTC as

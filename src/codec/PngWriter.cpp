@@ -12,14 +12,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
 namespace {
 
-constexpr int kDeflateLevel = 6;
 constexpr size_t kBandBytes = size_t(2) << 20; // filtered rows compressed at a time
 
 enum ColourType : uint8_t { kGrey = 0, kRgb = 2, kRgba = 6 };
@@ -54,20 +52,10 @@ bool writeChunk(QIODevice& file, const char type[5], const QByteArray& data) {
 
 // One row of the picture as the file's samples: grey, R G B or R G B A, straight alpha.
 void rowSamples(const QImage& image, int y, ColourType type, uint8_t* out) {
-    if (type != kRgba) {
+    if (type == kRgba)
+        ModernPixels::rgbaRow(image, y, out, true);
+    else
         ModernPixels::opaqueRow(image, y, out);
-        return;
-    }
-    const int w = image.width();
-    const auto* px = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-    const bool premultiplied = image.format() == QImage::Format_ARGB32_Premultiplied;
-    for (int x = 0; x < w; ++x, out += 4) {
-        const QRgb p = premultiplied ? qUnpremultiply(px[x]) : px[x];
-        out[0] = uint8_t(qRed(p));
-        out[1] = uint8_t(qGreen(p));
-        out[2] = uint8_t(qBlue(p));
-        out[3] = uint8_t(qAlpha(p));
-    }
 }
 
 uint8_t paeth(int a, int b, int c) {
@@ -160,10 +148,10 @@ bool writeHeader(QIODevice& file, const QImage& image, ColourType type, float dp
     }
 
     // Without a resolution of its own the picture's is kept, as Qt's writers do.
-    const long dpm = std::lround(double(dpi) / 0.0254);
-    const long dpmX = dpm > 0 ? dpm : image.dotsPerMeterX();
-    const long dpmY = dpm > 0 ? dpm : image.dotsPerMeterY();
-    if (dpmX > 0 && dpmY > 0 && dpmX <= 0x7fffffff && dpmY <= 0x7fffffff) {
+    const int dpm = dpi > 0 ? dotsPerMetre(dpi) : 0;
+    const int dpmX = dpm > 0 ? dpm : image.dotsPerMeterX();
+    const int dpmY = dpm > 0 ? dpm : image.dotsPerMeterY();
+    if (dpmX > 0 && dpmY > 0) {
         uint8_t phys[9] = {};
         putBigEndian(phys, uint32_t(dpmX));
         putBigEndian(phys + 4, uint32_t(dpmY));
@@ -217,7 +205,7 @@ int16_t writePng(const QImage& picture, QIODevice& file, float dpi, const ImageM
     const size_t rowsPerBand = std::max<size_t>(1, kBandBytes / (rowBytes + 1));
     std::vector<uint8_t> band(rowsPerBand * (rowBytes + 1));
     std::vector<uint8_t> packed;
-    BandedDeflate deflate(kDeflateLevel);
+    BandedDeflate deflate(PngChunks::kDeflateLevel);
 
     const int height = image.height();
     for (int y = 0; y < height;) {

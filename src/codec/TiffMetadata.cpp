@@ -1,5 +1,8 @@
 #include "codec/TiffMetadata.h"
 
+#include "codec/FileStructures.h"
+
+#include <QBuffer>
 #include <QIODevice>
 #include <QtEndian>
 
@@ -17,43 +20,42 @@ int typeSize(uint16_t type) {
 constexpr uint16_t kRational = 5;
 constexpr uint16_t kSignedRational = 10;
 
-// One entry of the EXIF block's first directory; `value` points into the block.
+// One entry of the EXIF block's first directory, with its values' bytes.
 struct Entry {
     uint16_t tag = 0;
     uint16_t type = 0;
     uint32_t count = 0;
-    const uchar* value = nullptr;
+    uint32_t field = 0; // the value itself, or its offset in the block
+    QByteArray bytes;
 };
 
-// The block's first directory: a little-endian TIFF header and a directory whose entries and
-// values lie inside the block. Empty for anything else; entries of unknown types, or whose
-// values would lie outside the block, are left out.
+// The block's first directory: a little-endian TIFF (libtiff writes the file little-endian
+// around it) whose entries' values lie inside the block. Empty for anything else; entries of
+// unknown types, or whose values would lie outside the block, are left out.
 std::vector<Entry> firstDirectory(const QByteArray& block) {
-    const auto* data = reinterpret_cast<const uchar*>(block.constData());
-    const quint64 size = quint64(block.size());
-    if (size < 8 || std::memcmp(data, "II*\0", 4) != 0)
+    if (!block.startsWith("II"))
         return {};
-    const quint64 directory = qFromLittleEndian<quint32>(data + 4);
-    if (directory < 8 || directory + 2 > size)
-        return {};
-    const quint64 count = qFromLittleEndian<quint16>(data + directory);
-    if (directory + 2 + 12 * count > size)
+    QBuffer device;
+    device.setData(block);
+    device.open(QIODevice::ReadOnly);
+    const FileStructures::TiffReader reader(device);
+    if (!reader.valid())
         return {};
     std::vector<Entry> entries;
-    for (quint64 i = 0; i < count; ++i) {
-        const uchar* at = data + directory + 2 + 12 * i;
-        Entry entry{qFromLittleEndian<quint16>(at), qFromLittleEndian<quint16>(at + 2),
-                    qFromLittleEndian<quint32>(at + 4), at + 8};
-        const quint64 bytes = quint64(entry.count) * quint64(typeSize(entry.type));
-        if (bytes == 0)
+    for (const FileStructures::TiffEntry& raw : reader.directory(reader.firstDirectory())) {
+        Entry entry{raw.tag, raw.type, raw.count, raw.field, {}};
+        const quint64 size = quint64(raw.count) * quint64(typeSize(raw.type));
+        if (size == 0)
             continue;
-        if (bytes > 4) {
-            const quint64 offset = qFromLittleEndian<quint32>(at + 8);
-            if (offset + bytes > size)
-                continue;
-            entry.value = data + offset;
+        if (size <= 4) {
+            const quint32 inPlace = qToLittleEndian(raw.field);
+            entry.bytes = QByteArray(reinterpret_cast<const char*>(&inPlace), qsizetype(size));
+        } else if (quint64(raw.field) + size <= quint64(block.size())) {
+            entry.bytes = block.mid(qsizetype(raw.field), qsizetype(size));
+        } else {
+            continue;
         }
-        entries.push_back(entry);
+        entries.push_back(std::move(entry));
     }
     return entries;
 }
@@ -62,8 +64,7 @@ std::vector<Entry> firstDirectory(const QByteArray& block) {
 quint64 pointedDirectory(const Entry& entry, const QByteArray& block) {
     if (entry.count != 1 || (entry.type != 4 && entry.type != 13))
         return 0;
-    const quint64 offset = qFromLittleEndian<quint32>(entry.value);
-    return offset >= 8 && offset + 2 <= quint64(block.size()) ? offset : 0;
+    return entry.field >= 8 && quint64(entry.field) + 2 <= quint64(block.size()) ? entry.field : 0;
 }
 
 // The entry's values as the native array libtiff takes for a field whose values are
@@ -73,7 +74,8 @@ std::vector<uchar> nativeValues(const Entry& entry, int elementSize) {
     std::vector<uchar> out(size_t(entry.count) * size_t(elementSize));
     const bool rational = entry.type == kRational || entry.type == kSignedRational;
     for (uint32_t i = 0; i < entry.count; ++i) {
-        const uchar* in = entry.value + size_t(i) * size_t(size);
+        const auto* in =
+            reinterpret_cast<const uchar*>(entry.bytes.constData()) + size_t(i) * size_t(size);
         uchar* to = out.data() + size_t(i) * size_t(elementSize);
         if (rational) {
             const double numerator = entry.type == kRational
@@ -138,12 +140,7 @@ bool setEntry(TIFF* tiff, const Entry& entry) {
     if (TIFFFieldDataType(known) != TIFF_ASCII || entry.type != 2 || TIFFFieldPassCount(known) ||
         entry.tag == TIFFTAG_INKNAMES)
         return true;
-    const std::string text(reinterpret_cast<const char*>(entry.value), entry.count);
-    return TIFFSetField(tiff, entry.tag, text.c_str()) != 0; // up to the first NUL
-}
-
-bool usableBlock(const ImageMetadata& metadata) {
-    return !firstDirectory(metadata.exif).empty();
+    return TIFFSetField(tiff, entry.tag, entry.bytes.toStdString().c_str()) != 0; // to the NUL
 }
 
 } // namespace
@@ -151,28 +148,27 @@ bool usableBlock(const ImageMetadata& metadata) {
 namespace TiffMetadata {
 
 bool placeExifBlock(QIODevice& file, const ImageMetadata& metadata) {
-    if (!usableBlock(metadata))
-        return true;
+    if (firstDirectory(metadata.exif).empty())
+        return true; // no block that setFields would point into
     return file.write(metadata.exif) == metadata.exif.size() && file.seek(0);
 }
 
 bool setFields(TIFF* tiff, const ImageMetadata& metadata) {
-    if (usableBlock(metadata)) {
-        for (const Entry& entry : firstDirectory(metadata.exif)) {
-            bool ok = true;
-            if (entry.tag == TIFFTAG_EXIFIFD || entry.tag == TIFFTAG_GPSIFD) {
-                if (const quint64 offset = pointedDirectory(entry, metadata.exif))
-                    ok = TIFFSetField(tiff, entry.tag, uint64_t(offset)) != 0;
-            } else if (entry.tag == TIFFTAG_XRESOLUTION || entry.tag == TIFFTAG_YRESOLUTION ||
-                       entry.tag == TIFFTAG_RESOLUTIONUNIT || entry.tag == TIFFTAG_XMLPACKET ||
-                       entry.tag == TIFFTAG_RICHTIFFIPTC || entry.tag == TIFFTAG_ICCPROFILE) {
-                // recorded by the writer, or carried below
-            } else {
-                ok = setEntry(tiff, entry);
-            }
-            if (!ok)
-                return false;
+    // Empty, as for placeExifBlock, when the block is not one to place.
+    for (const Entry& entry : firstDirectory(metadata.exif)) {
+        bool ok = true;
+        if (entry.tag == TIFFTAG_EXIFIFD || entry.tag == TIFFTAG_GPSIFD) {
+            if (const quint64 offset = pointedDirectory(entry, metadata.exif))
+                ok = TIFFSetField(tiff, entry.tag, uint64_t(offset)) != 0;
+        } else if (entry.tag == TIFFTAG_XRESOLUTION || entry.tag == TIFFTAG_YRESOLUTION ||
+                   entry.tag == TIFFTAG_RESOLUTIONUNIT || entry.tag == TIFFTAG_XMLPACKET ||
+                   entry.tag == TIFFTAG_RICHTIFFIPTC || entry.tag == TIFFTAG_ICCPROFILE) {
+            // recorded by the writer, or carried below
+        } else {
+            ok = setEntry(tiff, entry);
         }
+        if (!ok)
+            return false;
     }
     if (!metadata.xmp.isEmpty() &&
         !TIFFSetField(tiff, TIFFTAG_XMLPACKET, uint32_t(metadata.xmp.size()),

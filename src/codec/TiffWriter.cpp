@@ -49,21 +49,13 @@ struct TiffCloser {
     ~TiffCloser() { TIFFClose(tiff); }
 };
 
-// One row of the picture as the file's samples: grey or R G B (ModernPixels::opaqueRow), or
-// R G B A with the picture's own alpha form (associated when premultiplied).
+// One row of the picture as the file's samples: grey, R G B, or R G B A with the picture's own
+// alpha form (associated when premultiplied).
 void rowSamples(const QImage& image, int y, int samples, uint8_t* out) {
-    if (samples != 4) {
+    if (samples == 4)
+        ModernPixels::rgbaRow(image, y, out, false);
+    else
         ModernPixels::opaqueRow(image, y, out);
-        return;
-    }
-    const int w = image.width();
-    const auto* px = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-    for (int x = 0; x < w; ++x, out += 4) {
-        out[0] = uint8_t(qRed(px[x]));
-        out[1] = uint8_t(qGreen(px[x]));
-        out[2] = uint8_t(qBlue(px[x]));
-        out[3] = uint8_t(qAlpha(px[x]));
-    }
 }
 
 } // namespace

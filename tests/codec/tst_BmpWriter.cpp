@@ -3,6 +3,7 @@
 // (handed to Qt's writer), the resolution, a device that refuses the bytes, and the
 // whole path through writeRaster.
 
+#include "MagickPixels.h"
 #include "codec/BmpWriter.h"
 #include "codec/FormatRegistry.h"
 #include "codec/RasterWriters.h"
@@ -49,11 +50,7 @@ QImage readWithMagick(const QByteArray& bytes) {
     Magick::Blob blob(bytes.constData(), size_t(bytes.size()));
     Magick::Image image;
     image.read(blob);
-    const int w = int(image.columns());
-    const int h = int(image.rows());
-    QImage out(w, h, QImage::Format_ARGB32);
-    image.write(0, 0, size_t(w), size_t(h), "BGRA", Magick::CharPixel, out.bits());
-    return out;
+    return magickPixels(image);
 }
 
 uint16_t word(const QByteArray& bytes, int at) {

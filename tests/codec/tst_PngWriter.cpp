@@ -4,6 +4,7 @@
 // several bands or one band each; the EXIF, XMP and IPTC chunks read back by libexiv2 and
 // Magick; a device that fails.
 
+#include "MagickPixels.h"
 #include "SampleMetadata.h"
 #include "codec/MagickSupport.h"
 #include "codec/PngWriter.h"
@@ -62,8 +63,7 @@ QImage readWithMagick(const QByteArray& bytes, double* dpi = nullptr) {
     Magick::Blob blob(bytes.constData(), size_t(bytes.size()));
     Magick::Image image;
     image.read(blob);
-    QImage out(int(image.columns()), int(image.rows()), QImage::Format_ARGB32);
-    image.write(0, 0, image.columns(), image.rows(), "BGRA", Magick::CharPixel, out.bits());
+    const QImage out = magickPixels(image);
     if (dpi)
         *dpi = image.xResolution() *
                (image.resolutionUnits() == Magick::PixelsPerCentimeterResolution ? 2.54 : 1.0);

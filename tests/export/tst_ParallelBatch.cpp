@@ -5,6 +5,7 @@
 // read back by a reader of its own and its pixels checked.
 
 #include "FlowFixture.h"
+#include "MagickPixels.h"
 #include "MarkedPicture.h"
 #include "ModalAnswer.h"
 
@@ -20,8 +21,7 @@
 namespace {
 
 bool idle(const FlowFixture& f) {
-    return f.controller->itsConvertAll->text() == "Convert All" &&
-           !f.controller->isBatchRunning();
+    return f.controller->itsConvertAll->text() == "Convert All" && !f.controller->isBatchRunning();
 }
 
 // A picture of w x h: blue with a yellow top-left quarter, JPEG at 72 dpi by default. Sizes vary
@@ -46,11 +46,7 @@ void checkPixels(const QImage& image, int w, int h, int tolerance, const QString
 QImage readWithMagick(const QString& path, const char* coder) {
     Magick::Image image;
     image.read(std::string(coder) + ":" + path.toStdString());
-    const int w = int(image.columns());
-    const int h = int(image.rows());
-    QImage out(w, h, QImage::Format_ARGB32);
-    image.write(0, 0, size_t(w), size_t(h), "BGRA", Magick::CharPixel, out.bits());
-    return out;
+    return magickPixels(image);
 }
 
 // Rewrites the JFIF density of a JPEG written by Qt (APP0 right after the start marker) to
@@ -82,8 +78,8 @@ private slots:
         FlowFixture f;
         // A large first file: the small ones after it are read and encoded while it still is.
         const QStringList names{"a.jpg", "b.jpg", "c.jpg", "d.jpg", "e.jpg", "f.jpg"};
-        const QList<QSize> sizes{{2400, 1800}, {64, 48}, {900, 600}, {32, 24}, {1200, 900},
-                                 {48, 36}};
+        const QList<QSize> sizes{{2400, 1800}, {64, 48},    {900, 600},
+                                 {32, 24},     {1200, 900}, {48, 36}};
         for (int i = 0; i < names.size(); ++i)
             makePicture(f, names[i], sizes[i].width(), sizes[i].height());
         for (const QString& n : names) {
@@ -122,7 +118,8 @@ private slots:
         QCOMPARE(progress, (QList<int>{1, 2, 3, 4, 5, 6}));
         QStringList expected;
         for (const QString& n : names)
-            expected << QStringLiteral("The file %1.PNGf already exists. Do you want to replace it?")
+            expected << QStringLiteral(
+                            "The file %1.PNGf already exists. Do you want to replace it?")
                             .arg(QFileInfo(n).completeBaseName());
         QCOMPARE(seen->texts, expected);
         for (int i = 0; i < names.size(); ++i) {
@@ -236,14 +233,22 @@ private slots:
         QTest::addColumn<QString>("code");
         QTest::addColumn<QString>("coder"); // Magick's name, for the independent read-back
         QTest::addColumn<int>("tolerance");
-        QTest::newRow("JPEG") << "JPEG" << "JPEG" << 24;
-        QTest::newRow("PNGf") << "PNGf" << "PNG" << 0;
-        QTest::newRow("TIFF") << "TIFF" << "TIFF" << 0;
-        QTest::newRow("BMPf") << "BMPf" << "BMP" << 0;
-        QTest::newRow("GIF ") << "GIF " << "GIF" << 8;
-        QTest::newRow("8BPS") << "8BPS" << "PSD" << 0;
-        QTest::newRow("SGI ") << "SGI " << "SGI" << 0;
-        QTest::newRow("TPIC") << "TPIC" << "TGA" << 0;
+        QTest::newRow("JPEG") << "JPEG"
+                              << "JPEG" << 24;
+        QTest::newRow("PNGf") << "PNGf"
+                              << "PNG" << 0;
+        QTest::newRow("TIFF") << "TIFF"
+                              << "TIFF" << 0;
+        QTest::newRow("BMPf") << "BMPf"
+                              << "BMP" << 0;
+        QTest::newRow("GIF ") << "GIF "
+                              << "GIF" << 8;
+        QTest::newRow("8BPS") << "8BPS"
+                              << "PSD" << 0;
+        QTest::newRow("SGI ") << "SGI "
+                              << "SGI" << 0;
+        QTest::newRow("TPIC") << "TPIC"
+                              << "TGA" << 0;
     }
     void everyOfferedRasterFormatReadsBack() {
         QFETCH(QString, code);

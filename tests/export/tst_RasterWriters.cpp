@@ -2,12 +2,13 @@
 // that is not the writer, the resolution record, the background at 45 degrees, the content,
 // the failures, and the Controller's entry point.
 
+#include "MagickPixels.h"
 #include "app/Controller.h"
-#include "export/ExportRenderer.h"
-#include "export/FormatTable.h"
-#include "codec/RasterWriters.h"
 #include "codec/ImageDecoder.h"
 #include "codec/MagickSupport.h"
+#include "codec/RasterWriters.h"
+#include "export/ExportRenderer.h"
+#include "export/FormatTable.h"
 #include "view/RotationGeometry.h"
 
 #include <QComboBox>
@@ -72,11 +73,7 @@ ReadBack readWithMagick(const QString& path, const QString& coder) {
     try {
         Magick::Image image;
         image.read((coder + QLatin1Char(':') + path).toStdString());
-        const int w = int(image.columns());
-        const int h = int(image.rows());
-        QImage out(w, h, QImage::Format_RGBA8888);
-        image.write(0, 0, size_t(w), size_t(h), "RGBA", Magick::CharPixel, out.bits());
-        r.image = out.convertToFormat(QImage::Format_ARGB32);
+        r.image = magickPixels(image);
         double scale = 1.0;
         if (image.resolutionUnits() == Magick::PixelsPerCentimeterResolution)
             scale = 2.54;
@@ -130,8 +127,8 @@ private slots:
     void existence_data() {
         QTest::addColumn<QString>("subtype");
         QTest::addColumn<bool>("exists");
-        for (const char* c : {"BMPf", "JPEG", "PNGf", "TIFF", "GIF ", "8BPS", ".SGI", "TPIC", "MooV",
-                              "PNTG", "qtif", "FLC ", "SWFL"})
+        for (const char* c : {"BMPf", "JPEG", "PNGf", "TIFF", "GIF ", "8BPS", ".SGI", "TPIC",
+                              "MooV", "PNTG", "qtif", "FLC ", "SWFL"})
             QTest::newRow(c) << QString::fromLatin1(c) << true;
         for (const char* c : {"PICS", "FPix", "qdgx"})
             QTest::newRow(c) << QString::fromLatin1(c) << false;

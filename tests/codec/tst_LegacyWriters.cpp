@@ -60,6 +60,11 @@ QImage fromPalette(const QuantisedPicture& q) {
     return out;
 }
 
+// Whether FFmpeg's libraries are mapped into this process.
+bool ffmpegLoaded() {
+    return contents("/proc/self/maps").contains("libavformat");
+}
+
 } // namespace
 
 class tst_LegacyWriters : public QObject {
@@ -72,6 +77,18 @@ private slots:
     void initTestCase() {
         QVERIFY(dir.isValid());
         ensureMagickInitialised();
+    }
+
+    // Runs first: FFmpeg is loaded by the first movie or FLC, never by the other formats or by
+    // asking which writers exist.
+    void ffmpegIsLoadedOnlyForItsFormats() {
+        QVERIFY(!ffmpegLoaded());
+        QVERIFY(rasterWriterExists(code("MooV")));
+        QCOMPARE(writeRaster(testPicture(), path("first.qtif"), code("qtif"), 72), int16_t(0));
+        QVERIFY(ImageDecoder::decode(path("first.qtif")).ok);
+        QVERIFY(!ffmpegLoaded());
+        QCOMPARE(writeRaster(testPicture(), path("first.MooV"), code("MooV"), 72), int16_t(0));
+        QVERIFY(ffmpegLoaded());
     }
 
     void everyWriterExists() {

@@ -29,6 +29,12 @@ metainfo="$root/share/metainfo/$id.metainfo.xml"
 [ -f "$metainfo" ] || fail "no metainfo $id.metainfo.xml"
 appstreamcli validate --no-net "$metainfo" || fail "appstreamcli refused the metainfo"
 
+# FFmpeg's calls, in the module the program loads for movies and FLC animations.
+module=$(find "$root/lib" -name ormidon_ffmpeg.so)
+[ -n "$module" ] || fail "no ormidon_ffmpeg.so under /usr/lib"
+nm -D --defined-only "$module" | grep -q ' ormidon_ffmpeg_entry$' \
+  || fail "ormidon_ffmpeg.so does not export its entry"
+
 icons="$root/share/icons/hicolor"
 [ -s "$icons/scalable/apps/$id.svg" ] || fail "no scalable icon"
 for size in 16 22 24 32 48 64 128 256 512; do
@@ -43,5 +49,5 @@ opaque=$(convert "$icons/48x48/apps/$id.png" -alpha extract -format '%[fx:maxima
 
 # Nothing else: no stray build files among what is installed.
 count=$(find "$work/root" -type f | wc -l)
-[ "$count" -eq 13 ] || { find "$work/root" -type f >&2; fail "$count files installed, 13 expected"; }
+[ "$count" -eq 14 ] || { find "$work/root" -type f >&2; fail "$count files installed, 14 expected"; }
 echo "PASS: $count files installed under /usr"

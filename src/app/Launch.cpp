@@ -98,10 +98,8 @@ int runApplication(int argc, char** argv) {
         parser.showHelp(0);
     if (parser.isSet(version))
         parser.showVersion();
-    if (commandLineRun) {
-        ensureMagickInitialised();
+    if (commandLineRun) // Magick is loaded by the first file or format that needs it
         return runCommandLine(parser, conversion);
-    }
     const QStringList files = absolutePaths(parser.positionalArguments());
 
     SingleInstance instance(SingleInstance::defaultServerName());

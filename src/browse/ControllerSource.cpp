@@ -64,7 +64,7 @@ template <class Done> void showPanel(QFileDialog* panel, Done done) {
 void Controller::openImage(QObject*) {
     const QString source = itsSrcFileName ? itsSrcFileName->text() : QString();
     QStringList patterns;
-    for (const QString& type : imageFileTypes())
+    for (const QString& type : imageFileTypes().all())
         patterns.append(QStringLiteral("*.") + type);
     auto* panel = new QFileDialog(itsMainWindow, tr("Select Image File"), startFolderFor(source),
                                   tr("Images (%1)").arg(patterns.join(u' ')));

@@ -2,23 +2,55 @@
 
 #include "codec/ImageDecoder.h"
 
-const QStringList& imageFileTypes() {
-    // Built once, on first use, from whichever thread gets there first.
-    static const QStringList types = [] {
-        const QStringList lower = ImageDecoder::readableSuffixes();
-        QStringList all;
-        all.reserve(lower.size() * 2);
-        for (const QString& suffix : lower)
-            all.append(suffix.toLower());
-        for (const QString& suffix : lower)
-            all.append(suffix.toUpper());
-        all.removeDuplicates();
-        return all;
-    }();
+namespace {
+
+// Each suffix in lower and in upper case, each once.
+QStringList inBothCases(const QStringList& suffixes) {
+    QStringList all;
+    all.reserve(suffixes.size() * 2);
+    for (const QString& suffix : suffixes)
+        all.append(suffix.toLower());
+    for (const QString& suffix : suffixes)
+        all.append(suffix.toUpper());
+    all.removeDuplicates();
+    return all;
+}
+
+const QStringList& everyType() {
+    static const QStringList types = inBothCases(ImageDecoder::readableSuffixes());
     return types;
 }
 
-bool IsImageFile(const QString& path, const QStringList& types) {
+} // namespace
+
+bool ImageFileTypes::contains(QStringView extension) const {
+    for (const QString& type : first)
+        if (extension == type)
+            return true;
+    if (!more)
+        return false;
+    for (const QString& type : more())
+        if (extension == type)
+            return true;
+    return false;
+}
+
+QStringList ImageFileTypes::all() const {
+    if (!more)
+        return first;
+    QStringList both = first + more();
+    both.removeDuplicates();
+    return both;
+}
+
+const ImageFileTypes& imageFileTypes() {
+    // Built once, on first use, from whichever thread gets there first.
+    static const ImageFileTypes types(inBothCases(ImageDecoder::suffixesReadWithoutMagick()),
+                                      everyType);
+    return types;
+}
+
+bool IsImageFile(const QString& path, const ImageFileTypes& types) {
     if (path.isEmpty())
         return false;
     // The last component, trailing separators aside ("x.png/" is still x.png).
@@ -29,10 +61,5 @@ bool IsImageFile(const QString& path, const QStringList& types) {
     const qsizetype dot = end > 0 ? path.lastIndexOf(u'.', end - 1) : -1;
     if (dot <= slash)
         return false; // no extension
-    const QStringView extension = QStringView(path).mid(dot + 1, end - dot - 1);
-    for (const QString& type : types) {
-        if (extension == type) // exact: photo.Jpg matches neither jpg nor JPG
-            return true;
-    }
-    return false;
+    return types.contains(QStringView(path).mid(dot + 1, end - dot - 1));
 }

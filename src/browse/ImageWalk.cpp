@@ -11,7 +11,7 @@ namespace {
 
 // An entry is stepped on only when its name is an image type and it leads to a regular file:
 // a dangling link, a link loop, a pipe or a device named like an image is passed over.
-bool isImageEntry(const QString& path, const QStringList& types) {
+bool isImageEntry(const QString& path, const ImageFileTypes& types) {
     if (!IsImageFile(path, types))
         return false;
     struct stat st {};
@@ -20,7 +20,7 @@ bool isImageEntry(const QString& path, const QStringList& types) {
 
 } // namespace
 
-bool findImageFile(int32_t step, QString& path, const QStringList& types) {
+bool findImageFile(int32_t step, QString& path, const ImageFileTypes& types) {
     // A loop, not a recursion: thousands of non-images in a row must not exhaust the stack of
     // a worker thread.
     for (;;) {
@@ -34,7 +34,7 @@ bool findImageFile(int32_t step, QString& path, const QStringList& types) {
     }
 }
 
-bool findFirstImageFile(QString& path, const QStringList& types) {
+bool findFirstImageFile(QString& path, const ImageFileTypes& types) {
     if (!goToFile(kStepFirst, path))
         return false;
     if (isImageEntry(path, types))

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "browse/ImageFileTest.h"
 #include <QString>
-#include <QStringList>
 #include <cstdint>
 
 // Image-by-image stepping over a folder (previous/next buttons, batch conversion, thumbnail
@@ -10,7 +10,7 @@
 
 // Steps with `step` (101 previous, 102 next) from `path` until an image file of `types` is
 // reached. Steps 0 and 1 succeed only when the first or last entry itself is an image.
-bool findImageFile(int32_t step, QString& path, const QStringList& types);
+bool findImageFile(int32_t step, QString& path, const ImageFileTypes& types);
 
 // The first image file of the folder that holds `path`.
-bool findFirstImageFile(QString& path, const QStringList& types);
+bool findFirstImageFile(QString& path, const ImageFileTypes& types);

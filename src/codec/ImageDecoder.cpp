@@ -6,7 +6,6 @@
 #include <QColorSpace>
 #include <QFile>
 #include <QImageReader>
-#include <QSet>
 #include <QTransform>
 
 #include <algorithm>
@@ -278,26 +277,35 @@ bool pointsArePixels(double dpiX, double dpiY) {
     return pointSizeFor(QSize(1, 1), dpiX, dpiY) == QSizeF(1, 1);
 }
 
-QStringList readableSuffixes() {
+namespace {
+
+// The suffixes in lower case, without empty ones, each once, in their first order.
+QStringList lowerOnce(const QStringList& suffixes) {
+    QStringList list;
+    for (const QString& suffix : suffixes) {
+        const QString lower = suffix.toLower();
+        if (!lower.isEmpty() && !list.contains(lower))
+            list.append(lower);
+    }
+    return list;
+}
+
+} // namespace
+
+QStringList suffixesReadWithoutMagick() {
     static const QStringList suffixes = [] {
-        QStringList list;
-        QSet<QString> seen;
-        auto add = [&](const QString& suffix) {
-            const QString lower = suffix.toLower();
-            if (!lower.isEmpty() && !seen.contains(lower)) {
-                seen.insert(lower);
-                list.append(lower);
-            }
-        };
+        QStringList all;
         for (const QByteArray& format : QImageReader::supportedImageFormats())
-            add(QString::fromLatin1(format));
-        for (const QString& suffix : magickSuffixes())
-            add(suffix);
-        add(QStringLiteral("pdf"));
-        for (const QString& suffix : FormatRegistry::ownReaderSuffixes())
-            add(suffix);
-        return list;
+            all.append(QString::fromLatin1(format));
+        all.append(QStringLiteral("pdf"));
+        all += FormatRegistry::ownReaderSuffixes();
+        return lowerOnce(all);
     }();
+    return suffixes;
+}
+
+QStringList readableSuffixes() {
+    static const QStringList suffixes = lowerOnce(suffixesReadWithoutMagick() + magickSuffixes());
     return suffixes;
 }
 

@@ -27,7 +27,12 @@ struct DecodedImage {
 namespace ImageDecoder {
 
 // Lower-case file-name extensions the chain can read (jpg, jpeg, png, psd, pdf, ...), each once.
+// Listing Magick's loads all of its coder modules.
 QStringList readableSuffixes();
+
+// Those read by Qt's plugins, the PDF reader and the program's own readers: the list above
+// without Magick's, had without loading Magick.
+QStringList suffixesReadWithoutMagick();
 
 // What a decode does with a picture whose file declares a colour space (an ICC profile):
 // Display converts it to sRGB, for the screen and for what is computed from what the screen

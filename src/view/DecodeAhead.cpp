@@ -24,7 +24,7 @@ std::optional<FileStamp> stampOfFile(const QString& path) {
     return stamp;
 }
 
-DecodeAhead::DecodeAhead(QStringList imageTypes, qint64 maxPixels)
+DecodeAhead::DecodeAhead(ImageFileTypes imageTypes, qint64 maxPixels)
     : types(std::move(imageTypes)), maxPixels(maxPixels) {}
 
 DecodeAhead::~DecodeAhead() {

@@ -13,6 +13,7 @@
 #include <optional>
 #include <thread>
 
+#include "browse/ImageFileTest.h"
 #include "codec/ImageDecoder.h"
 
 // What identifies the contents of a file without reading it: a file rewritten in place changes
@@ -63,7 +64,7 @@ public:
         Source source = Source::Decoded;
     };
 
-    explicit DecodeAhead(QStringList imageTypes, qint64 maxPixels = kDefaultMaxPixels);
+    explicit DecodeAhead(ImageFileTypes imageTypes, qint64 maxPixels = kDefaultMaxPixels);
     ~DecodeAhead(); // lets a decode under way end, drops it, and ends the thread
     DecodeAhead(const DecodeAhead&) = delete;
     DecodeAhead& operator=(const DecodeAhead&) = delete;
@@ -119,7 +120,7 @@ private:
     Entry& keepCurrent(const QString& path);
     void startThread();
 
-    const QStringList types;
+    const ImageFileTypes types;
     const qint64 maxPixels;
 
     mutable std::mutex mutex;

@@ -6,7 +6,6 @@
 #include "app/Translations.h"
 #include "app/WindowActivation.h"
 #include "cli/CommandLine.h"
-#include "codec/MagickSupport.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -98,7 +97,8 @@ int runApplication(int argc, char** argv) {
         parser.showHelp(0);
     if (parser.isSet(version))
         parser.showVersion();
-    if (commandLineRun) // Magick is loaded by the first file or format that needs it
+    // Magick's coder modules are loaded by the first file or format that needs them.
+    if (commandLineRun)
         return runCommandLine(parser, conversion);
     const QStringList files = absolutePaths(parser.positionalArguments());
 
@@ -108,8 +108,6 @@ int runApplication(int argc, char** argv) {
             return 0;
         instance.listen();
     }
-
-    ensureMagickInitialised();
 
     Controller controller;
     controller.skipSplash = parser.isSet(noSplash);

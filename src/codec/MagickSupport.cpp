@@ -23,7 +23,7 @@ void useOwnTiffHandlers() {
     TIFFSetWarningHandler(quietTiffHandler);
 }
 
-void ensureMagickInitialised() {
+void ensureMagickStarted() {
     static std::once_flag once;
     std::call_once(once, [] {
         Magick::InitializeMagick(nullptr);
@@ -32,6 +32,13 @@ void ensureMagickInitialised() {
         Magick::ResourceLimits::height(DecodeLimits::kMaxSide);
         Magick::ResourceLimits::area(
             static_cast<MagickCore::MagickSizeType>(DecodeLimits::kMaxPixels));
+    });
+}
+
+void ensureMagickInitialised() {
+    ensureMagickStarted();
+    static std::once_flag once;
+    std::call_once(once, [] {
         // Every coder module is loaded now, so that none installs handlers of its own later.
         size_t count = 0;
         MagickCore::ExceptionInfo* exception = MagickCore::AcquireExceptionInfo();

@@ -33,7 +33,7 @@ bool qtCanWrite(const char* name) {
 }
 
 bool magickCanWrite(const char* coder) {
-    ensureMagickInitialised();
+    ensureMagickStarted(); // the format list asks at start: one module each, not all of them
     try {
         const Magick::CoderInfo info(coder);
         // The system's security policy may forbid a coder that is built in.

@@ -3,8 +3,8 @@
 
 #include "app/Controller.h"
 #include "app/PrefDrawer.h"
-#include "export/FormatTable.h"
 #include "codec/RasterWriters.h"
+#include "export/FormatTable.h"
 #include "view/wmfImageView.h"
 
 #include <QAction>
@@ -16,11 +16,11 @@
 #include <QMainWindow>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QSlider>
 #include <QScrollArea>
+#include <QSlider>
 #include <QTabWidget>
-#include <QTextBrowser>
 #include <QTemporaryDir>
+#include <QTextBrowser>
 #include <QtTest>
 
 class tst_Controller : public QObject {
@@ -56,6 +56,35 @@ private slots:
         qputenv("XDG_DESKTOP_DIR", (home.path() + "/Desktop").toUtf8());
     }
 
+    // Runs first. A launch that meets no picture of Magick's loads none of Magick's 122 coder
+    // modules but those of the three formats it writes (the format list asks about them), and
+    // a PNG shown next loads no more.
+    void aLaunchLoadsOnlyTheCodersItAsksAbout() {
+        const auto coderModules = [] {
+            QFile maps(QStringLiteral("/proc/self/maps"));
+            if (!maps.open(QIODevice::ReadOnly))
+                return -1;
+            QSet<QByteArray> modules;
+            for (const QByteArray& line : maps.readAll().split('\n'))
+                if (line.contains("/coders/"))
+                    modules.insert(line.mid(line.lastIndexOf('/')));
+            return int(modules.size());
+        };
+        QCOMPARE(coderModules(), 0);
+        {
+            Controller c;
+            c.skipSplash = true;
+            c.loadMainWindow();
+            c.applicationWillFinishLaunching();
+            c.applicationDidFinishLaunching();
+            QVERIFY(c.itsFormatCombo->findText(QStringLiteral("SGI ")) >= 0);
+            QTemporaryDir folder;
+            c.setSourceFileName(writePng(folder.path(), QStringLiteral("a.png")), true);
+            QTRY_COMPARE(c.window()->windowTitle(), QString("Ormidon: a.png"));
+        }
+        QVERIFY2(coderModules() <= 3, qPrintable(QString::number(coderModules())));
+    }
+
     void firstLaunchShowsEveryControlInItsInitialState() {
         Controller c;
         c.skipSplash = true;
@@ -77,8 +106,7 @@ private slots:
         QCOMPARE(c.itsPrev->toolTip(), QString("Choose Previous image"));
         QCOMPARE(c.itsNext->toolTip(), QString("Choose Next image"));
         QCOMPARE(c.itsConvert->toolTip(), QString("Convert image"));
-        QCOMPARE(c.itsConvertAll->toolTip(),
-                 QString("Convert All the images from current folder"));
+        QCOMPARE(c.itsConvertAll->toolTip(), QString("Convert All the images from current folder"));
         QCOMPARE(c.itsRotateSlider->toolTip(), QString("Rotate Image"));
         QCOMPARE(c.itsRotateText->toolTip(), QString("Set Up Rotation Angle"));
 
@@ -98,8 +126,8 @@ private slots:
         QCOMPARE(c.itsDpiCombo->currentIndex(), 0);
         QCOMPARE(c.itsPref.dpi, 72.0f);
 
-        for (QPushButton* b : {c.itsPrev.data(), c.itsNext.data(), c.itsConvert.data(),
-                               c.itsConvertAll.data()})
+        for (QPushButton* b :
+             {c.itsPrev.data(), c.itsNext.data(), c.itsConvert.data(), c.itsConvertAll.data()})
             QVERIFY(!b->isEnabled());
         QVERIFY(c.itsConvertIndicator->isHidden());
         QCOMPARE(c.itsRotateSlider->value(), 0);

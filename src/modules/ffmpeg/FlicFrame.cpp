@@ -1,5 +1,6 @@
 #include "modules/ffmpeg/FfmpegCalls.h"
 
+#include "modules/ffmpeg/FfmpegHolders.h"
 #include "modules/ffmpeg/FfmpegQuiet.h"
 
 #include <QElapsedTimer>
@@ -19,23 +20,13 @@ namespace FfmpegCalls {
 
 namespace {
 
+using namespace FfmpegHolders;
+
 constexpr qint64 kBudgetMs = 10'000; // a damaged file must not hold its caller longer
 
 struct Input {
     AVFormatContext* p = nullptr;
     ~Input() { avformat_close_input(&p); }
-};
-struct Decoder {
-    AVCodecContext* p = nullptr;
-    ~Decoder() { avcodec_free_context(&p); }
-};
-struct Frame {
-    AVFrame* p = av_frame_alloc();
-    ~Frame() { av_frame_free(&p); }
-};
-struct Packet {
-    AVPacket* p = av_packet_alloc();
-    ~Packet() { av_packet_free(&p); }
 };
 
 int pastBudget(void* timer) {
@@ -91,7 +82,7 @@ QImage flicFirstFrame(const QString& path, bool (*withinLimits)(int64_t, int64_t
     const AVCodec* codec = avcodec_find_decoder(parameters->codec_id);
     if (!codec)
         return {};
-    Decoder decoder;
+    CodecContext decoder;
     decoder.p = avcodec_alloc_context3(codec);
     if (!decoder.p || avcodec_parameters_to_context(decoder.p, parameters) < 0)
         return {};

@@ -1,6 +1,7 @@
 #include "modules/ffmpeg/FfmpegCalls.h"
 
 #include "codec/RasterWriters.h"
+#include "modules/ffmpeg/FfmpegHolders.h"
 #include "modules/ffmpeg/FfmpegQuiet.h"
 
 #include <QFileDevice>
@@ -21,6 +22,8 @@ extern "C" {
 namespace FfmpegCalls {
 
 namespace {
+
+using namespace FfmpegHolders;
 
 constexpr int kFramesPerSecond = 12;
 constexpr int kIoBufferSize = 1 << 16;
@@ -50,10 +53,6 @@ int64_t seekTo(void* opaque, int64_t offset, int whence) {
     return file->seek(offset) ? offset : AVERROR(EIO);
 }
 
-struct CodecContext {
-    AVCodecContext* p = nullptr;
-    ~CodecContext() { avcodec_free_context(&p); }
-};
 struct Output {
     AVFormatContext* p = nullptr;
     AVIOContext* io = nullptr;
@@ -64,14 +63,6 @@ struct Output {
         }
         avformat_free_context(p);
     }
-};
-struct Frame {
-    AVFrame* p = av_frame_alloc();
-    ~Frame() { av_frame_free(&p); }
-};
-struct Packet {
-    AVPacket* p = av_packet_alloc();
-    ~Packet() { av_packet_free(&p); }
 };
 
 // Moves every packet the encoder has ready into the muxer.

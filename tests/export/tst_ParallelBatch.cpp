@@ -233,22 +233,17 @@ private slots:
         QTest::addColumn<QString>("code");
         QTest::addColumn<QString>("coder"); // Magick's name, for the independent read-back
         QTest::addColumn<int>("tolerance");
-        QTest::newRow("JPEG") << "JPEG"
-                              << "JPEG" << 24;
-        QTest::newRow("PNGf") << "PNGf"
-                              << "PNG" << 0;
-        QTest::newRow("TIFF") << "TIFF"
-                              << "TIFF" << 0;
-        QTest::newRow("BMPf") << "BMPf"
-                              << "BMP" << 0;
-        QTest::newRow("GIF ") << "GIF "
-                              << "GIF" << 8;
-        QTest::newRow("8BPS") << "8BPS"
-                              << "PSD" << 0;
-        QTest::newRow("SGI ") << "SGI "
-                              << "SGI" << 0;
-        QTest::newRow("TPIC") << "TPIC"
-                              << "TGA" << 0;
+        // One row a line.
+        // clang-format off
+        QTest::newRow("JPEG") << "JPEG" << "JPEG" << 24;
+        QTest::newRow("PNGf") << "PNGf" << "PNG" << 0;
+        QTest::newRow("TIFF") << "TIFF" << "TIFF" << 0;
+        QTest::newRow("BMPf") << "BMPf" << "BMP" << 0;
+        QTest::newRow("GIF ") << "GIF " << "GIF" << 8;
+        QTest::newRow("8BPS") << "8BPS" << "PSD" << 0;
+        QTest::newRow("SGI ") << "SGI " << "SGI" << 0;
+        QTest::newRow("TPIC") << "TPIC" << "TGA" << 0;
+        // clang-format on
     }
     void everyOfferedRasterFormatReadsBack() {
         QFETCH(QString, code);

@@ -13,7 +13,6 @@ extern "C" {
 }
 
 #include <cstring>
-#include <memory>
 
 // A QuickTime movie of one frame, written by FFmpeg's mov muxer: the picture as one PNG frame,
 // lossless at any size, which every player built on FFmpeg and QuickTime's own decode. The
@@ -90,8 +89,10 @@ bool movieWriterExists() {
 int16_t writeMovie(const QImage& picture, QFileDevice& file) {
     quietFfmpeg();
     const AVCodec* png = avcodec_find_encoder(AV_CODEC_ID_PNG);
-    if (!png || picture.format() != QImage::Format_RGB888)
+    if (!png)
         return kNoEncoder;
+    if (picture.format() != QImage::Format_RGB888)
+        return kEncoderFailed; // the caller lays the picture on white as RGB888 first
 
     Output out;
     if (avformat_alloc_output_context2(&out.p, nullptr, "mov", nullptr) < 0 || !out.p)
